@@ -1,0 +1,38 @@
+# Thin wrapper around CMake presets. `make run` and `make test` are the two
+# commands the README gives; both install what is missing first.
+PRESET ?= $(if $(CI),ci,default)
+JOBS ?= $(shell nproc)
+CTEST_JOBS ?= 4
+
+.PHONY: all deps configure build run test test-unit test-tsan clean format
+
+all: build
+
+deps:
+	@./scripts/install-deps
+
+configure: deps
+	@cmake --preset $(PRESET) >/dev/null
+
+build: configure
+	@cmake --build build -j $(JOBS)
+
+run: build
+	@./scripts/run-glimmerfold
+
+test: build test-tsan
+	@ctest --test-dir build -j $(CTEST_JOBS) --output-on-failure
+
+# The engine's concurrency stress test, built and run under ThreadSanitizer.
+test-tsan: deps
+	@if grep -qs engine_concurrency_test tests/unit/engine/CMakeLists.txt; then \
+	  cmake --preset tsan >/dev/null && \
+	  cmake --build build-tsan -j $(JOBS) --target engine_concurrency_test && \
+	  ./build-tsan/tests/engine_concurrency_test; \
+	fi
+
+format:
+	@git ls-files '*.cpp' '*.h' | xargs clang-format -i
+
+clean:
+	@rm -rf build build-dev build-tsan

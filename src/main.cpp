@@ -1,0 +1,15 @@
+#include <QCoreApplication>
+#include <QCommandLineParser>
+
+int main(int argc, char* argv[]) {
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("Glimmerfold"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(GLIMMERFOLD_VERSION));
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("Move and resize windows with modifier keys."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.process(app);
+    return 0;
+}

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+
+#include "platform/Point.h"
+
+namespace gf {
+
+// The kinds of input the engine observes. The numbering is the engine's own and
+// stays stable; the last two are notices that the stream was interrupted.
+enum class InputEventType : std::uint32_t {
+    mouseMoved = 5,
+    leftMouseDragged = 6,
+    flagsChanged = 12,
+    tapDisabledByTimeout = 0xFFFFFFFEu,
+    tapDisabledByUserInput = 0xFFFFFFFFu,
+};
+
+// Modifier bits of the flags word, shared by every event and by the current
+// keyboard state. Other bits may be set and mean nothing to the engine.
+namespace ModifierFlag {
+inline constexpr std::uint64_t shift = 0x20000;
+inline constexpr std::uint64_t control = 0x40000;
+inline constexpr std::uint64_t option = 0x80000;
+inline constexpr std::uint64_t command = 0x100000;
+inline constexpr std::uint64_t fn = 0x800000;
+}  // namespace ModifierFlag
+
+struct InputEvent {
+    InputEventType type = InputEventType::mouseMoved;
+    std::uint64_t flags = 0;  // modifier bits held when the event happened
+    Point location;           // pointer position, global top-left coordinates
+
+    friend bool operator==(const InputEvent&, const InputEvent&) = default;
+};
+
+}  // namespace gf

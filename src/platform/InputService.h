@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "platform/EventTap.h"
+#include "platform/InputEvent.h"
+#include "platform/MonitorToken.h"
+#include "platform/Point.h"
+
+namespace gf {
+
+// Observes the user's keyboard modifiers and pointer for the whole desktop.
+// Every callback runs on the main thread.
+class InputService {
+public:
+    using EventCallback = std::function<void(const InputEvent&)>;
+    using PointerMovedCallback = std::function<void(std::uint64_t modifierFlags)>;
+
+    virtual ~InputService() = default;
+
+    // Installs the observe-only stream of pointer-moved, left-drag and
+    // modifier-change events, plus interruption notices (the two tapDisabled
+    // types). Returns nullptr when input cannot be observed at all (no display,
+    // or a required input extension is missing).
+    virtual std::unique_ptr<EventTap> createEventTap(EventCallback callback) = 0;
+
+    // The pointer's position now; nullopt when it cannot be read.
+    virtual std::optional<Point> currentPointerPosition() = 0;
+
+    // The modifier bits held now (ModifierFlag); 0 when they cannot be read.
+    virtual std::uint64_t currentModifierFlags() = 0;
+
+    // Calls back once per pointer movement anywhere on the desktop, with the
+    // modifier bits held at that moment. Returns nullptr when no monitor can
+    // be installed.
+    virtual std::unique_ptr<MonitorToken> addPointerMovedMonitor(PointerMovedCallback callback) = 0;
+};
+
+}  // namespace gf
