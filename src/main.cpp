@@ -1,5 +1,8 @@
-#include <QCoreApplication>
 #include <QCommandLineParser>
+#include <QCoreApplication>
+
+#include "model/DebugLog.h"
+#include "model/Settings.h"
 
 int main(int argc, char* argv[]) {
     QCoreApplication app(argc, argv);
@@ -11,5 +14,8 @@ int main(int argc, char* argv[]) {
     parser.addHelpOption();
     parser.addVersionOption();
     parser.process(app);
+
+    gf::Settings::shared();
+    gf::debugLog("Glimmerfold " GLIMMERFOLD_VERSION " started");
     return 0;
 }
