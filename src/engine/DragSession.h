@@ -1,0 +1,109 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <vector>
+
+#include "engine/LatestMouse.h"
+#include "engine/ResizeCorner.h"
+#include "engine/SnapEdges.h"
+#include "platform/DisplayInfo.h"
+#include "platform/Platform.h"
+#include "platform/Rect.h"
+#include "platform/WindowHandle.h"
+
+namespace gf {
+
+class Settings;
+
+// The one move or resize gesture that can be in progress. Begin and end run on
+// the main thread; an 8 ms tick on the session's own serial queue applies the
+// latest pointer position to the window, so no window call ever runs on the
+// thread that receives input.
+class DragSession {
+  public:
+    static constexpr double minimumResizeDimension = 50.0;
+    static constexpr const char* enhancedUserInterfaceAttribute = "enhancedUserInterface";
+
+    // Creates the serial queue "com.glimmerfold.ax" for the ticks.
+    DragSession(Settings& settings, Platform platform);
+    // Ends a gesture in progress, giving back what it changed, and waits for
+    // the queue to finish.
+    ~DragSession();
+    DragSession(const DragSession&) = delete;
+    DragSession& operator=(const DragSession&) = delete;
+
+    // Each declines, leaving the session as it was, when the window's geometry
+    // cannot be read (or, for a resize, its size cannot be set).
+    void beginMove(std::shared_ptr<WindowHandle> window, std::int32_t pid, Point mouse);
+    void beginResize(std::shared_ptr<WindowHandle> window, std::int32_t pid, Point mouse);
+    // Ends whatever gesture is in progress; harmless when idle.
+    void end();
+
+    bool isDragging() const { return isDragging_; }
+    bool isResizing() const { return isResizing_; }
+    void setLatestMouse(Point p) { latestMouse_.store(p); }
+    ResizeCorner corner() const { return corner_; }
+
+    // The frame for a corner dragged by (dx, dy): at least the minimum size, at
+    // most what the display leaves towards the dragged side.
+    static Rect resizedFrame(ResizeCorner corner, Rect start, double dx, double dy,
+                             Rect screenBounds);
+    // The first display (turned into top-left coordinates) that the rectangle
+    // overlaps; the primary display's size at the origin when none does.
+    static Rect screenFrameContaining(Rect r, const std::vector<DisplayInfo>& screens);
+    static ResizeCorner cornerFor(Point mouse, Rect frame);
+
+  private:
+    // Everything a tick needs about one gesture, fixed when the gesture begins.
+    // Ticks take the whole snapshot under the lock, so a tick that races with
+    // end() sees either all of a gesture or nothing.
+    struct Gesture {
+        std::uint64_t number = 0;
+        bool isResize = false;
+        std::shared_ptr<WindowHandle> window;
+        std::int32_t pid = 0;
+        Point initialMousePosition;
+        Point initialWindowPosition;
+        Size cachedWindowSize;
+        std::optional<SnapEdges> cachedSnapEdges;
+        Rect initialWindowFrame;
+        ResizeCorner corner = ResizeCorner::bottomRight;
+        Rect screenBounds;
+        bool bringToFront = false;
+    };
+
+    void start(std::shared_ptr<Gesture> gesture);
+    void stopUpdateTimer();
+    std::shared_ptr<const Gesture> currentGesture() const;
+    void applyLatestMouse();
+    void applyFirstMovementSetup(const Gesture& gesture);
+    void cleanUpAfterGesture(std::int32_t pid);
+    bool disableEnhancedUserInterface(std::int32_t pid);
+
+    Settings& settings_;
+    Platform platform_;
+    LatestMouse latestMouse_;
+
+    mutable std::mutex gestureMutex_;
+    std::shared_ptr<const Gesture> gesture_;  // guarded by gestureMutex_
+
+    // Only touched on the queue, by ticks and clean-ups.
+    std::uint64_t setupAppliedToGesture_ = 0;
+    bool restoreEnhancedUI_ = false;
+
+    // Only touched on the main thread.
+    std::uint64_t gesturesBegun_ = 0;
+    bool isDragging_ = false;
+    bool isResizing_ = false;
+    ResizeCorner corner_ = ResizeCorner::bottomRight;
+
+    // Last, so that they go first: the timer is cancelled, then the queue runs
+    // what was submitted and joins while the state above still exists.
+    std::unique_ptr<SerialQueue> axQueue_;
+    std::unique_ptr<Timer> updateTimer_;
+};
+
+}  // namespace gf
