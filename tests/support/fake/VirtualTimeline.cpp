@@ -127,6 +127,11 @@ void VirtualTimeline::post(Group group, std::function<void()> task) {
     state_->add(entry);
 }
 
+std::size_t VirtualTimeline::scheduledCount() const {
+    std::lock_guard lock(state_->mutex);
+    return std::ranges::count_if(state_->entries, [](const auto& e) { return e->active.load(); });
+}
+
 VirtualTimeline::Group VirtualTimeline::newGroup() {
     std::lock_guard lock(state_->mutex);
     return state_->nextGroup++;

@@ -34,6 +34,9 @@ class VirtualTimeline {
     // A task due now that cannot be cancelled.
     void post(Group group, std::function<void()> task);
 
+    // Timers and tasks still to run; 0 means nothing can wake up.
+    std::size_t scheduledCount() const;
+
     Group newGroup();
     // Runs the group's posted tasks at once, in order, and cancels its timers:
     // what a serial queue does when it is destroyed.

@@ -1,0 +1,283 @@
+#include <gtest/gtest.h>
+
+#include <QTemporaryDir>
+#include <cmath>
+#include <limits>
+
+#include "engine/DragSession.h"
+#include "engine/WindowLocation.h"
+#include "fake/FakeDesktop.h"
+#include "model/Settings.h"
+
+namespace gf::test {
+namespace {
+
+using namespace std::chrono_literals;
+using Kind = WindowWrite::Kind;
+
+constexpr auto enhancedUI = DragSession::enhancedUserInterfaceAttribute;
+
+std::vector<Kind> kindsOf(const std::vector<WindowWrite>& writes) {
+    std::vector<Kind> kinds;
+    for (const auto& w : writes) {
+        kinds.push_back(w.kind);
+    }
+    return kinds;
+}
+
+class DragSessionTest : public ::testing::Test {
+  protected:
+    DragSessionTest() {
+        settings.setMagneticsEnabled(false);
+        window = desktop.addWindow(FakeWindowSpec::at({100, 100, 400, 300}, pid));
+        other = desktop.addWindow(FakeWindowSpec::at({900, 500, 300, 200}, 99));
+    }
+
+    std::shared_ptr<WindowHandle> handle(std::uint32_t number = 0) {
+        return findWindowHandle(platform.windowControl, pid, number ? number : window);
+    }
+    // Begins, and lets the first tick (due at once) pass, so that every
+    // pointerTo() below runs exactly one tick.
+    void startMove(Point mouse, std::uint32_t number = 0) {
+        session.beginMove(handle(number), pid, mouse);
+        desktop.runPendingQueueWork();
+    }
+    void startResize(Point mouse, std::uint32_t number = 0) {
+        session.beginResize(handle(number), pid, mouse);
+        desktop.runPendingQueueWork();
+    }
+    // Moves the pointer and lets one tick apply it.
+    void pointerTo(Point p) {
+        session.setLatestMouse(p);
+        desktop.advance(8ms);
+    }
+
+    static constexpr std::int32_t pid = 7;
+    QTemporaryDir dir;
+    Settings settings{dir.filePath("settings.conf")};
+    FakeDesktop desktop;
+    Platform platform = desktop.platform();
+    DragSession session{settings, platform};
+    std::uint32_t window = 0;
+    std::uint32_t other = 0;
+};
+
+TEST_F(DragSessionTest, MoveFollowsTheTotalDisplacementAndRaisesOnlyOnceMoved) {
+    EXPECT_EQ(desktop.queues().createdLabels(), std::vector<std::string>{"com.glimmerfold.ax"});
+    startMove({200, 200});
+    EXPECT_TRUE(session.isDragging());
+    EXPECT_FALSE(session.isResizing());
+    desktop.advance(100ms);  // held keys, still pointer
+    EXPECT_TRUE(desktop.writes().empty());
+    EXPECT_EQ(desktop.stackingOrder().front(), other);
+
+    session.setLatestMouse({260, 150});  // a detour the window never sees in full
+    session.setLatestMouse({250, 180});
+    desktop.advance(8ms);
+    pointerTo({230, 210});
+    EXPECT_EQ(desktop.frameOf(window), (Rect{130, 110, 400, 300}));
+    EXPECT_EQ(desktop.stackingOrder().front(), window);
+    EXPECT_EQ(kindsOf(desktop.writes()),
+              (std::vector<Kind>{Kind::raise, Kind::makeMain, Kind::position, Kind::position}));
+    EXPECT_EQ(desktop.writes()[2].point, (Point{150, 80}));
+
+    // Back at the start point nothing is written: the window stays where it was put.
+    desktop.clearWrites();
+    pointerTo({200, 200});
+    EXPECT_TRUE(desktop.writes().empty());
+    EXPECT_EQ(desktop.frameOf(window).origin(), (Point{130, 110}));
+
+    session.end();
+    EXPECT_FALSE(session.isDragging());
+    session.setLatestMouse({300, 300});
+    desktop.advance(1s);
+    EXPECT_TRUE(desktop.writes().empty());
+    EXPECT_EQ(desktop.timeline().scheduledCount(), 0u);  // nothing ticks while idle
+}
+
+TEST_F(DragSessionTest, SettingsAreCopiedWhenTheGestureBegins) {
+    startMove({200, 200});
+    settings.setBringToFrontOnManipulate(false);
+    settings.setMagneticsEnabled(true);
+    pointerTo({197, 203});  // 3 from the window's own left edge, had lines been collected
+    EXPECT_EQ(kindsOf(desktop.writes()),
+              (std::vector<Kind>{Kind::raise, Kind::makeMain, Kind::position}));
+    EXPECT_EQ(desktop.frameOf(window).origin(), (Point{97, 103}));
+    session.end();
+
+    desktop.clearWrites();
+    startMove({200, 200});
+    settings.setBringToFrontOnManipulate(true);
+    pointerTo({203, 200});  // held on its own starting edge at x = 97
+    EXPECT_EQ(desktop.frameOf(window).origin(), (Point{97, 103}));
+    pointerTo({303, 200});
+    EXPECT_EQ(desktop.frameOf(window).origin(), (Point{200, 103}));
+    EXPECT_EQ(kindsOf(desktop.writes()), (std::vector<Kind>{Kind::position, Kind::position}));
+    session.end();
+}
+
+TEST_F(DragSessionTest, MoveSnapsOnlyToLinesPresentWhenItBegan) {
+    settings.setMagneticsEnabled(true);
+    startMove({200, 200});
+    desktop.addWindow(FakeWindowSpec::at({0, 0, 250, 250}, 50));  // appears mid-move
+    pointerTo({106, 140});                                        // left side at 6, top at 40
+    EXPECT_EQ(desktop.frameOf(window).origin(), (Point{0, 40}));
+    pointerTo({102, 126});  // top at 26: the usable area's top line at 25
+    EXPECT_EQ(desktop.frameOf(window).origin(), (Point{0, 25}));
+    pointerTo({1135, 700});  // right side at 1435, bottom at 900
+    EXPECT_EQ(desktop.frameOf(window).origin(), (Point{1040, 600}));
+    pointerTo({995, 200});  // left side 5 from the other window's left edge
+    EXPECT_EQ(desktop.frameOf(window).origin(), (Point{900, 100}));
+    pointerTo({345, 400});  // 5 from the new window's right edge, which is no line
+    EXPECT_EQ(desktop.frameOf(window).origin(), (Point{245, 300}));
+    session.end();
+}
+
+TEST_F(DragSessionTest, EnhancedInterfaceIsSwitchedOffForTheGestureAndRestoredBehindItsLastWrite) {
+    desktop.setApplicationAttribute(pid, enhancedUI, true);
+    startMove({200, 200});
+    desktop.advance(50ms);
+    EXPECT_EQ(desktop.applicationAttributeValue(pid, enhancedUI), true);  // untouched until moved
+    pointerTo({210, 200});
+    EXPECT_EQ(desktop.applicationAttributeValue(pid, enhancedUI), false);
+    pointerTo({220, 200});
+    session.end();
+    EXPECT_EQ(desktop.applicationAttributeValue(pid, enhancedUI), false);  // clean-up is queued
+    desktop.runPendingQueueWork();
+    EXPECT_EQ(desktop.applicationAttributeValue(pid, enhancedUI), true);
+
+    const auto attributes = desktop.attributeWrites();
+    const auto writes = desktop.writes();
+    ASSERT_EQ(attributes.size(), 2u);
+    EXPECT_FALSE(attributes[0].value);
+    EXPECT_LT(attributes[0].sequence, writes[2].sequence);  // before the first position write
+    EXPECT_GT(attributes[1].sequence, writes.back().sequence);
+
+    // Off already, or missing: never touched. Nor by a gesture that never moved.
+    desktop.clearWrites();
+    desktop.setApplicationAttribute(pid, enhancedUI, false);
+    startMove({200, 200});
+    pointerTo({210, 200});
+    session.end();
+    desktop.setApplicationAttribute(pid, enhancedUI, std::nullopt);
+    startMove({200, 200});
+    pointerTo({210, 200});
+    session.end();
+    desktop.setApplicationAttribute(pid, enhancedUI, true);
+    startMove({200, 200});
+    session.end();
+    session.end();  // harmless when idle
+    desktop.advance(1s);
+    EXPECT_TRUE(desktop.attributeWrites().empty());
+}
+
+TEST_F(DragSessionTest, MoveDeclinesWithoutAPositionAndGoesOnWithoutASize) {
+    desktop.setGeometryReadable(window, false, true);
+    startMove({200, 200});
+    EXPECT_FALSE(session.isDragging());
+    startResize({200, 200});
+    EXPECT_FALSE(session.isResizing());
+
+    desktop.setGeometryReadable(window, true, false);
+    startResize({200, 200});
+    EXPECT_FALSE(session.isResizing());
+    startMove({200, 200});
+    EXPECT_TRUE(session.isDragging());
+    pointerTo({210, 210});
+    EXPECT_EQ(desktop.frameOf(window).origin(), (Point{110, 110}));
+    session.end();
+    desktop.runPendingQueueWork();
+    EXPECT_EQ(desktop.timeline().scheduledCount(), 0u);
+}
+
+TEST_F(DragSessionTest, ResizeWritesPositionThenSizeEveryTickFromTheChosenCorner) {
+    startResize({480, 380});
+    EXPECT_TRUE(session.isResizing());
+    EXPECT_EQ(session.corner(), ResizeCorner::bottomRight);
+    desktop.advance(40ms);
+    EXPECT_TRUE(desktop.writes().empty());
+    pointerTo({530, 420});
+    pointerTo({530, 420});
+    EXPECT_EQ(kindsOf(desktop.writes()),
+              (std::vector<Kind>{Kind::raise, Kind::makeMain, Kind::position, Kind::size,
+                                 Kind::position, Kind::size}));
+    EXPECT_EQ(desktop.frameOf(window), (Rect{100, 100, 450, 340}));
+    session.end();
+
+    startResize({120, 120});
+    EXPECT_EQ(session.corner(), ResizeCorner::topLeft);
+    pointerTo({1120, 1120});
+    EXPECT_EQ(desktop.frameOf(window), (Rect{500, 390, 50, 50}));  // bottom-right corner kept
+    session.end();
+
+    settings.setResizeFromBottomRightOnly(true);
+    startResize({501, 391});
+    EXPECT_EQ(session.corner(), ResizeCorner::bottomRight);
+    session.end();
+    EXPECT_EQ(session.corner(), ResizeCorner::bottomRight);  // kept after the end
+}
+
+TEST_F(DragSessionTest, FixedSizeWindowIsNeitherResizedNorMoved) {
+    const auto fixed =
+        desktop.addWindow(FakeWindowSpec::at({10, 10, 100, 100}, pid).withFixedSize());
+    startResize({100, 100}, fixed);
+    EXPECT_FALSE(session.isResizing());
+    session.setLatestMouse({150, 150});
+    desktop.advance(100ms);
+    EXPECT_TRUE(desktop.writes().empty());
+}
+
+TEST(DragSessionGeometryTest, ResizedFramesKeepTheOppositeCornerAndRespectMinimumAndDisplay) {
+    const Rect start{100, 100, 400, 300};
+    const Rect screen{0, 0, 1440, 900};
+    auto resized = [&](ResizeCorner c, double dx, double dy) {
+        return DragSession::resizedFrame(c, start, dx, dy, screen);
+    };
+    using C = ResizeCorner;
+    EXPECT_EQ(resized(C::bottomRight, 50, 40), (Rect{100, 100, 450, 340}));
+    EXPECT_EQ(resized(C::bottomRight, -500, -500), (Rect{100, 100, 50, 50}));
+    EXPECT_EQ(resized(C::bottomRight, 2000, 2000), (Rect{100, 100, 1340, 800}));
+    EXPECT_EQ(resized(C::topLeft, 20, 10), (Rect{120, 110, 380, 290}));
+    EXPECT_EQ(resized(C::topLeft, 1000, 1000), (Rect{450, 350, 50, 50}));
+    EXPECT_EQ(resized(C::topLeft, -300, -300), (Rect{0, 0, 500, 400}));
+    EXPECT_EQ(resized(C::topRight, 50, -50), (Rect{100, 50, 450, 350}));
+    EXPECT_EQ(resized(C::topRight, 2000, -2000), (Rect{100, 0, 1340, 400}));
+    EXPECT_EQ(resized(C::topRight, -1000, 1000), (Rect{100, 350, 50, 50}));
+    EXPECT_EQ(resized(C::bottomLeft, -50, 50), (Rect{50, 100, 450, 350}));
+    EXPECT_EQ(resized(C::bottomLeft, -2000, 2000), (Rect{0, 100, 500, 800}));
+    EXPECT_EQ(resized(C::bottomLeft, 1000, -1000), (Rect{450, 100, 50, 50}));
+
+    // Less room than the minimum: the room wins. A NaN displacement gives the minimum.
+    const Rect atEdge{1400, 100, 40, 300};
+    EXPECT_EQ(DragSession::resizedFrame(C::bottomRight, atEdge, 0, 0, screen).width, 40);
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_EQ(DragSession::resizedFrame(C::bottomRight, start, nan, 0, screen),
+              (Rect{100, 100, 50, 300}));
+
+    const Rect frame{100, 100, 400, 300};
+    EXPECT_EQ(DragSession::cornerFor({480, 380}, frame), C::bottomRight);
+    EXPECT_EQ(DragSession::cornerFor({120, 120}, frame), C::topLeft);
+    EXPECT_EQ(DragSession::cornerFor({400, 120}, frame), C::topRight);
+    EXPECT_EQ(DragSession::cornerFor({120, 300}, frame), C::bottomLeft);
+    EXPECT_EQ(DragSession::cornerFor({300, 250}, frame), C::bottomRight);  // the centre
+}
+
+TEST(DragSessionGeometryTest, ResizeIsLimitedByTheFirstDisplayTheWindowOverlaps) {
+    // Primary 1440 x 900; a 1920 x 1080 display above it, its left edge at x = -200.
+    const std::vector<DisplayInfo> screens{{{0, 0, 1440, 900}, {0, 0, 1440, 875}},
+                                           {{-200, 900, 1920, 1080}, {-200, 900, 1920, 1080}}};
+    const Rect above{-200, -1080, 1920, 1080};
+    EXPECT_EQ(DragSession::screenFrameContaining({100, -500, 300, 200}, screens), above);
+    EXPECT_EQ(DragSession::screenFrameContaining({100, -100, 300, 200}, screens),
+              (Rect{0, 0, 1440, 900}));  // straddles both: the primary is listed first
+    EXPECT_EQ(DragSession::screenFrameContaining({5000, 5000, 10, 10}, screens),
+              (Rect{0, 0, 1440, 900}));
+    EXPECT_EQ(DragSession::screenFrameContaining({5000, 5000, 10, 10}, {}),
+              (Rect{0, 0, 1920, 1080}));
+    EXPECT_EQ(DragSession::resizedFrame(ResizeCorner::topLeft, {100, -500, 300, 200}, -2000, -2000,
+                                        above),
+              (Rect{-200, -1080, 600, 780}));
+}
+
+}  // namespace
+}  // namespace gf::test

@@ -1,0 +1,306 @@
+#include "engine/EventTapManager.h"
+
+#include <gtest/gtest.h>
+
+#include <QTemporaryDir>
+#include <chrono>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "fake/FakeDesktop.h"
+#include "model/DebugLog.h"
+#include "model/ModifierKey.h"
+#include "model/Settings.h"
+
+namespace gf::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::uint64_t kMove = ModifierFlag::control | ModifierFlag::command;
+constexpr std::uint64_t kResize = ModifierFlag::control | ModifierFlag::option;
+constexpr Rect kFrame{100, 100, 400, 300};
+
+enum class Gesture { none, move, resize };
+
+class EventTapManagerTest : public ::testing::Test {
+  protected:
+    EventTapManagerTest() {
+        setDebugLogPath(logPath());
+        // Snapping would blur where the pointer put the window; routing is what is tested here.
+        settings.setMagneticsEnabled(false);
+    }
+    ~EventTapManagerTest() override { manager.stop(); }
+
+    std::string logPath() const { return dir.filePath("glimmerfold.log").toStdString(); }
+    std::size_t logCount(const std::string& line) const {
+        std::ifstream in(logPath());
+        std::stringstream text;
+        text << in.rdbuf();
+        std::size_t count = 0;
+        for (auto pos = text.str().find(line); pos != std::string::npos;
+             pos = text.str().find(line, pos + 1)) {
+            ++count;
+        }
+        return count;
+    }
+
+    Gesture gesture() const {
+        if (manager.dragSession().isDragging()) {
+            return Gesture::move;
+        }
+        return manager.dragSession().isResizing() ? Gesture::resize : Gesture::none;
+    }
+
+    QTemporaryDir dir;
+    Settings settings{dir.filePath("glimmerfold.conf")};
+    FakeDesktop desktop;
+    Platform platform = desktop.platform();
+    EventTapManager manager{settings, platform};
+    std::uint32_t window =
+        desktop.addWindow(FakeWindowSpec::at(kFrame).withIdentifier("org.example.Editor"));
+};
+
+TEST_F(EventTapManagerTest, StartsOnceStopsHarmlesslyAndRetriesAfterAFailure) {
+    desktop.setEventTapCreationFails(true);
+    manager.start();
+    EXPECT_FALSE(manager.hasEventTap());
+    EXPECT_EQ(logCount("[EventTap] FAILED to create event tap. Check Accessibility permissions."),
+              1u);
+
+    desktop.setEventTapCreationFails(false);
+    manager.start();
+    manager.start();
+    EXPECT_TRUE(manager.hasEventTap());
+    EXPECT_TRUE(desktop.isEventTapEnabled());
+    EXPECT_EQ(desktop.input().eventTapCreationCount(), 1u);
+    EXPECT_EQ(logCount("[EventTap] Created and enabled successfully."), 1u);
+
+    manager.stop();
+    manager.stop();
+    EXPECT_FALSE(manager.hasEventTap());
+    EXPECT_FALSE(desktop.hasEventTap());
+    desktop.advance(20s);  // no timer of the stopped manager may fire
+
+    manager.start();
+    EXPECT_TRUE(desktop.hasEventTap());
+}
+
+TEST_F(EventTapManagerTest, KeepsTheTapEnabledEvenWhileSwitchedOff) {
+    settings.setIsEnabled(false);
+    manager.start();
+
+    desktop.interruptEventTap();
+    EXPECT_TRUE(desktop.isEventTapEnabled()) << "the notice itself re-enables";
+
+    desktop.advance(1s);
+    desktop.disableEventTapSilently();
+    desktop.advance(3999ms);
+    EXPECT_FALSE(desktop.isEventTapEnabled());
+    desktop.advance(1ms);
+    EXPECT_TRUE(desktop.isEventTapEnabled()) << "the health check runs every 5 s";
+
+    desktop.disableEventTapSilently();
+    desktop.advance(5s);
+    EXPECT_TRUE(desktop.isEventTapEnabled());
+}
+
+struct FlagsCase {
+    const char* name;
+    ModifierKeySet move;
+    ModifierKeySet resize;
+    std::uint64_t flags;
+    Gesture expected;
+};
+
+class EventTapDecisionTest : public EventTapManagerTest,
+                             public ::testing::WithParamInterface<FlagsCase> {};
+
+TEST_P(EventTapDecisionTest, BeginsTheGestureTheHeldKeysName) {
+    const FlagsCase& c = GetParam();
+    settings.setMoveModifiers(c.move);
+    settings.setResizeModifiers(c.resize);
+    manager.start();
+    desktop.movePointer({200, 200});
+
+    desktop.pressModifiers(c.flags);
+
+    EXPECT_EQ(gesture(), c.expected);
+    EXPECT_EQ(desktop.isPointerMotionWanted(), c.expected != Gesture::none);
+}
+
+const ModifierKeySet kMoveSet{ModifierKey::control(), ModifierKey::command()};
+const ModifierKeySet kResizeSet{ModifierKey::control(), ModifierKey::option()};
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, EventTapDecisionTest,
+    ::testing::Values(
+        FlagsCase{"Move", kMoveSet, kResizeSet, kMove, Gesture::move},
+        FlagsCase{"MovePlusShift", kMoveSet, kResizeSet, kMove | ModifierFlag::shift,
+                  Gesture::move},
+        FlagsCase{"Resize", kMoveSet, kResizeSet, kResize, Gesture::resize},
+        FlagsCase{"BothHeldResizeWins", kMoveSet, kResizeSet, kMove | kResize, Gesture::resize},
+        FlagsCase{"PartOfACombination", kMoveSet, kResizeSet, ModifierFlag::control, Gesture::none},
+        FlagsCase{"NoKeys", kMoveSet, kResizeSet, 0, Gesture::none},
+        FlagsCase{"EmptyMoveSetNeverHeld", {}, kResizeSet, ModifierFlag::control, Gesture::none},
+        FlagsCase{"EmptyMoveSetResizeStillWorks", {}, kResizeSet, kResize, Gesture::resize},
+        FlagsCase{"BothSetsEmpty", {}, {}, kMove | kResize, Gesture::none},
+        FlagsCase{"FnCombination",
+                  {ModifierKey::fn(), ModifierKey::shift()},
+                  kResizeSet,
+                  ModifierFlag::fn | ModifierFlag::shift,
+                  Gesture::move}),
+    [](const ::testing::TestParamInfo<FlagsCase>& info) { return std::string(info.param.name); });
+
+TEST_F(EventTapManagerTest, MovesWithThePointerUntilTheKeysAreReleased) {
+    manager.start();
+    desktop.movePointer({200, 200});
+    EXPECT_FALSE(desktop.isPointerMotionWanted()) << "idle: no motion events";
+
+    desktop.pressModifiers(kMove);
+    desktop.movePointer({230, 210});
+    desktop.advance(20ms);
+    desktop.dragPointer({250, 230});  // a held button changes nothing
+    desktop.advance(20ms);
+    EXPECT_EQ(desktop.frameOf(window), (Rect{150, 130, 400, 300}));
+
+    desktop.pressModifiers(0);
+    EXPECT_EQ(gesture(), Gesture::none);
+    EXPECT_FALSE(desktop.isPointerMotionWanted());
+    desktop.movePointer({400, 400});
+    desktop.advance(1s);
+    EXPECT_EQ(desktop.frameOf(window), (Rect{150, 130, 400, 300}));
+}
+
+TEST_F(EventTapManagerTest, AGestureKeepsItsKindWhileEitherCombinationIsHeld) {
+    manager.start();
+    desktop.movePointer({200, 200});
+
+    desktop.pressModifiers(kMove);
+    desktop.pressModifiers(kMove | ModifierFlag::option);
+    EXPECT_EQ(gesture(), Gesture::move);
+    desktop.pressModifiers(kResize);  // command let go, the resize keys still held
+    EXPECT_EQ(gesture(), Gesture::move);
+    desktop.pressModifiers(0);
+    EXPECT_EQ(gesture(), Gesture::none);
+
+    desktop.pressModifiers(kResize);
+    desktop.pressModifiers(kMove);
+    EXPECT_EQ(gesture(), Gesture::resize);
+    desktop.pressModifiers(ModifierFlag::control);
+    EXPECT_EQ(gesture(), Gesture::none);
+}
+
+TEST_F(EventTapManagerTest, LeavesTheDesktopOwnWindowsAndIgnoredApplicationsAlone) {
+    desktop.addWindow(FakeWindowSpec::at({600, 100, 200, 200}, FakeDesktop::ownPid));
+    desktop.addWindow(
+        FakeWindowSpec::at({900, 100, 200, 200}, 2000).withIdentifier("org.example.Ignored"));
+    const std::uint32_t anonymous =
+        desktop.addWindow(FakeWindowSpec::at({100, 500, 200, 200}, 3000));
+    settings.setIgnoreList({{"org.example.Ignored", "Ignored"}});
+    manager.start();
+
+    for (Point p : {Point{1300, 800}, Point{650, 150}, Point{950, 150}}) {
+        desktop.movePointer(p);
+        desktop.pressModifiers(kMove);
+        EXPECT_EQ(gesture(), Gesture::none) << p.x << "," << p.y;
+        EXPECT_FALSE(desktop.isPointerMotionWanted());
+        desktop.pressModifiers(0);
+    }
+
+    // Reaching a window with the keys already held starts nothing: a new press is needed.
+    desktop.movePointer({1300, 800});
+    desktop.pressModifiers(kMove);
+    desktop.movePointer({150, 550});
+    EXPECT_EQ(gesture(), Gesture::none);
+    desktop.pressModifiers(0);
+
+    // A window whose application has no identifier is never ignored.
+    desktop.pressModifiers(kMove);
+    EXPECT_EQ(gesture(), Gesture::move);
+    desktop.movePointer({160, 560});
+    desktop.advance(20ms);
+    EXPECT_EQ(desktop.frameOf(anonymous).origin(), (Point{110, 510}));
+}
+
+TEST_F(EventTapManagerTest, SwitchedOffStartsNothingAndPassesPointerEventsWithoutEffect) {
+    settings.setIsEnabled(false);
+    manager.start();
+    desktop.movePointer({200, 200});
+    desktop.pressModifiers(kMove);
+    EXPECT_EQ(gesture(), Gesture::none);
+    desktop.advance(1s);
+    EXPECT_TRUE(desktop.writes().empty());
+}
+
+TEST_F(EventTapManagerTest, AMissedReleaseIsCaughtByTheWatchWithinItsPeriod) {
+    manager.start();
+    desktop.movePointer({200, 200});
+    desktop.pressModifiers(kMove);
+
+    desktop.advance(1s);
+    EXPECT_EQ(gesture(), Gesture::move) << "the watch leaves a held gesture alone";
+
+    desktop.setHeldModifiersSilently(ModifierFlag::control);
+    desktop.advance(150ms);
+    EXPECT_EQ(gesture(), Gesture::none);
+    EXPECT_FALSE(desktop.isPointerMotionWanted());
+}
+
+TEST_F(EventTapManagerTest, SwitchingOffMidGestureFreezesTheWindowAndTheWatchStillEndsIt) {
+    manager.start();
+    desktop.movePointer({200, 200});
+    desktop.pressModifiers(kMove);
+    desktop.movePointer({230, 210});
+    desktop.advance(20ms);
+
+    settings.setIsEnabled(false);
+    desktop.movePointer({330, 310});
+    desktop.pressModifiers(0);  // no longer examined
+    EXPECT_EQ(gesture(), Gesture::move);
+    desktop.advance(150ms);
+    EXPECT_EQ(gesture(), Gesture::none);
+    EXPECT_EQ(desktop.frameOf(window), (Rect{130, 110, 400, 300}));
+}
+
+TEST_F(EventTapManagerTest, StoppingEndsTheGesture) {
+    manager.start();
+    desktop.movePointer({200, 200});
+    desktop.pressModifiers(kResize);
+    ASSERT_EQ(gesture(), Gesture::resize);
+
+    manager.stop();
+    EXPECT_EQ(gesture(), Gesture::none);
+
+    manager.start();
+    EXPECT_FALSE(desktop.isPointerMotionWanted());
+    desktop.pressModifiers(0);
+    desktop.pressModifiers(kMove);
+    EXPECT_EQ(gesture(), Gesture::move);
+}
+
+TEST_F(EventTapManagerTest, AnUnreadablePointerCountsAsTheTopLeftCorner) {
+    const std::uint32_t corner = desktop.addWindow(FakeWindowSpec::at({0, 0, 50, 50}, 5000));
+    manager.start();
+    desktop.movePointer({200, 200});
+    desktop.setPointerPositionReadable(false);
+    desktop.pressModifiers(kMove);
+    ASSERT_EQ(gesture(), Gesture::move);
+    desktop.setPointerPositionReadable(true);
+    desktop.movePointer({10, 20});
+    desktop.advance(20ms);
+    EXPECT_EQ(desktop.frameOf(corner).origin(), (Point{10, 20}));
+    EXPECT_EQ(desktop.frameOf(window), kFrame);
+}
+
+TEST(EventTapManagerIsHeldTest, LooksEveryKeyUpByName) {
+    const ModifierKeySet set{ModifierKey::control(), ModifierKey::command()};
+    EXPECT_TRUE(EventTapManager::isHeld(set, kMove | ModifierFlag::shift));
+    EXPECT_FALSE(EventTapManager::isHeld(set, ModifierFlag::control));
+    EXPECT_TRUE(EventTapManager::isHeld({ModifierKey::fn()}, ModifierFlag::fn));
+    EXPECT_FALSE(EventTapManager::isHeld({ModifierKey::shift()}, ModifierFlag::option));
+}
+
+}  // namespace
+}  // namespace gf::test
