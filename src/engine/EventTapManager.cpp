@@ -1,0 +1,205 @@
+#include "engine/EventTapManager.h"
+
+#include <array>
+#include <string_view>
+#include <utility>
+
+#include "engine/WindowLocation.h"
+#include "model/DebugLog.h"
+
+namespace gf {
+
+namespace {
+
+struct NamedModifierBit {
+    std::string_view name;
+    std::uint64_t bit;
+};
+
+// The watch reads the keyboard's current state rather than an event, so it
+// names the bits itself instead of trusting a key's own flag.
+constexpr std::array<NamedModifierBit, 5> namedModifierBits{{
+    {"control", ModifierFlag::control},
+    {"command", ModifierFlag::command},
+    {"option", ModifierFlag::option},
+    {"shift", ModifierFlag::shift},
+    {"fn", ModifierFlag::fn},
+}};
+
+bool isInterruptionNotice(InputEventType type) {
+    return static_cast<std::uint32_t>(type) >=
+           static_cast<std::uint32_t>(InputEventType::tapDisabledByTimeout);
+}
+
+// An empty combination would otherwise be "held" all the time.
+bool isCombinationHeld(const ModifierKeySet& keys, std::uint64_t flags) {
+    return !keys.isEmpty() && keys.matches(flags);
+}
+
+}  // namespace
+
+EventTapManager::EventTapManager(Settings& settings, Platform& platform)
+    : settings_(settings),
+      platform_(platform),
+      dragSession_(std::make_unique<DragSession>(settings, platform_)) {}
+
+EventTapManager::~EventTapManager() {
+    stop();
+}
+
+void EventTapManager::start() {
+    if (eventTap_) {
+        return;
+    }
+    eventTap_ =
+        platform_.input.createEventTap([this](const InputEvent& event) { handleEvent(event); });
+    if (!eventTap_) {
+        debugLog("[EventTap] FAILED to create event tap. Check Accessibility permissions.");
+        return;
+    }
+    eventTap_->setEnabled(true);
+    debugLog("[EventTap] Created and enabled successfully.");
+    startHealthCheckTimer();
+}
+
+void EventTapManager::stop() {
+    healthCheckTimer_.reset();
+    modifierWatchTimer_.reset();
+    if (eventTap_) {
+        eventTap_->setEnabled(false);
+        eventTap_.reset();
+    }
+    dragSession_->end();
+}
+
+const InputEvent& EventTapManager::handleEvent(const InputEvent& event) {
+    if (isInterruptionNotice(event.type)) {
+        if (eventTap_) {
+            eventTap_->setEnabled(true);
+        }
+        return event;
+    }
+    if (!settings_.isEnabled()) {
+        return event;
+    }
+    switch (event.type) {
+        case InputEventType::mouseMoved:
+        case InputEventType::leftMouseDragged:
+            if (isGestureInProgress()) {
+                dragSession_->setLatestMouse(event.location);
+            }
+            break;
+        case InputEventType::flagsChanged:
+            handleFlagsChanged(event);
+            break;
+        default:
+            break;
+    }
+    return event;
+}
+
+void EventTapManager::handleFlagsChanged(const InputEvent& event) {
+    const bool moveHeld = isCombinationHeld(settings_.moveModifiers(), event.flags);
+    const bool resizeHeld = isCombinationHeld(settings_.resizeModifiers(), event.flags);
+    const bool anyHeld = moveHeld || resizeHeld;
+
+    // A gesture never changes kind: while one is running, either combination keeps it going.
+    if (isGestureInProgress()) {
+        if (!anyHeld) {
+            endGesture();
+        }
+        return;
+    }
+    if (anyHeld) {
+        beginGesture(resizeHeld);
+    }
+}
+
+bool EventTapManager::isHeld(const ModifierKeySet& keys, std::uint64_t flags) {
+    for (const ModifierKey& key : keys.keys()) {
+        std::uint64_t bit = 0;
+        for (const NamedModifierBit& named : namedModifierBits) {
+            if (named.name == key.name) {
+                bit = named.bit;
+                break;
+            }
+        }
+        if (bit == 0 || (flags & bit) == 0) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool EventTapManager::isGestureInProgress() const {
+    return dragSession_->isDragging() || dragSession_->isResizing();
+}
+
+void EventTapManager::beginGesture(bool resize) {
+    // The flags event's own location may be stale; ask where the pointer is now.
+    const Point mouse = platform_.input.currentPointerPosition().value_or(Point{});
+    std::optional<LocatedWindow> located = locateWindowWithWindowServer(platform_, mouse);
+    if (!located) {
+        located = locateWindowWithWindowList(platform_, mouse);
+    }
+    if (!located) {
+        return;
+    }
+    if (located->pid == platform_.ownPid) {
+        return;
+    }
+    if (located->bundleIdentifier && settings_.isIgnored(*located->bundleIdentifier)) {
+        return;
+    }
+
+    if (resize) {
+        dragSession_->beginResize(located->windowHandle, located->pid, mouse);
+    } else {
+        dragSession_->beginMove(located->windowHandle, located->pid, mouse);
+    }
+    // Pointer motion wakes us up only while a gesture needs it.
+    if (isGestureInProgress() && eventTap_) {
+        eventTap_->setPointerMotionWanted(true);
+    }
+    startModifierWatchTimer();
+}
+
+void EventTapManager::endGesture() {
+    dragSession_->end();
+    modifierWatchTimer_.reset();
+    if (eventTap_) {
+        eventTap_->setPointerMotionWanted(false);
+    }
+}
+
+void EventTapManager::startHealthCheckTimer() {
+    healthCheckTimer_ =
+        platform_.mainThread.scheduleRepeating(healthCheckPeriod, [this] { checkTapHealth(); });
+}
+
+void EventTapManager::checkTapHealth() {
+    if (eventTap_ && !eventTap_->isEnabled()) {
+        eventTap_->setEnabled(true);
+    }
+}
+
+void EventTapManager::startModifierWatchTimer() {
+    modifierWatchTimer_ = platform_.mainThread.scheduleRepeating(
+        modifierWatchPeriod, [this] { checkModifiersStillHeld(); });
+}
+
+void EventTapManager::checkModifiersStillHeld() {
+    if (!isGestureInProgress()) {
+        return;
+    }
+    const std::uint64_t flags = platform_.input.currentModifierFlags();
+    const ModifierKeySet move = settings_.moveModifiers();
+    const ModifierKeySet resize = settings_.resizeModifiers();
+    const bool moveHeld = !move.isEmpty() && isHeld(move, flags);
+    const bool resizeHeld = !resize.isEmpty() && isHeld(resize, flags);
+    if (!moveHeld && !resizeHeld) {
+        endGesture();
+    }
+}
+
+}  // namespace gf
