@@ -1,0 +1,42 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "platform/DisplayService.h"
+#include "platform/Rect.h"
+
+namespace gf {
+
+class XcbConnection;
+class X11WindowInspector;
+
+// Monitors from RandR, read afresh on every call: virtual monitors change
+// without any notification. Main thread only.
+class X11DisplayService final : public DisplayService {
+  public:
+    X11DisplayService(const XcbConnection& connection, const X11WindowInspector& inspector);
+
+    // Primary first. The usable rectangle of each is the monitor minus the
+    // struts of the docks and panels touching it.
+    std::vector<DisplayInfo> displays() override;
+
+  private:
+    // Part of the root reserved by a dock along one edge of the screen.
+    struct ReservedArea {
+        enum class Edge { left, right, top, bottom };
+        Edge edge;
+        Rect area;
+    };
+
+    std::vector<Rect> monitorsPrimaryFirst(const Rect& root) const;
+    std::vector<ReservedArea> reservedAreas(const Rect& root) const;
+    std::optional<Rect> workArea() const;
+    static Rect usablePart(const Rect& monitor, const std::vector<ReservedArea>& reserved);
+
+    const XcbConnection& connection_;
+    const X11WindowInspector& inspector_;
+    bool hasMonitors_ = false;
+};
+
+}  // namespace gf

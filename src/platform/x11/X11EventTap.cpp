@@ -1,0 +1,23 @@
+#include "platform/x11/X11EventTap.h"
+
+#include "platform/x11/X11InputService.h"
+
+namespace gf {
+
+X11EventTap::~X11EventTap() {
+    service_.removeTap(id_);
+}
+
+void X11EventTap::setEnabled(bool enabled) {
+    service_.setTapEnabled(id_, enabled);
+}
+
+bool X11EventTap::isEnabled() const {
+    return service_.isTapEnabled(id_);
+}
+
+void X11EventTap::setPointerMotionWanted(bool wanted) {
+    service_.setTapMotionWanted(id_, wanted);
+}
+
+}  // namespace gf

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+
+#include "platform/InputService.h"
+#include "platform/x11/X11EventListener.h"
+
+namespace gf {
+
+class XcbConnection;
+
+// Observes modifiers through XKB state notifications and pointer motion through
+// XInput 2 raw motion on the root window. Both are plain selections, never
+// grabs, so they keep arriving while another client grabs the keyboard or
+// pointer, and no other client loses an event. Main thread only.
+class X11InputService final : public InputService, public X11EventListener {
+  public:
+    // The connection must be the one whose events are read by an X11EventPump
+    // delivering to this service.
+    explicit X11InputService(const XcbConnection& connection);
+    X11InputService(const X11InputService&) = delete;
+    X11InputService& operator=(const X11InputService&) = delete;
+    ~X11InputService() override;
+
+    // Whether both input extensions are present, so that taps can be created.
+    bool canObserveInput() const { return hasKeyboardExtension_ && hasInputExtension_; }
+
+    std::unique_ptr<EventTap> createEventTap(EventCallback callback) override;
+    std::optional<Point> currentPointerPosition() override;
+    std::uint64_t currentModifierFlags() override;
+    std::unique_ptr<MonitorToken> addPointerMovedMonitor(PointerMovedCallback callback) override;
+
+    void handleEvent(const xcb_generic_event_t& event) override;
+    void handleBatchEnd() override;
+
+    // The engine's flags word for an X modifier mask (core or XKB state).
+    static std::uint64_t flagsFromModifierState(std::uint16_t state);
+
+    // Used by the taps and monitor tokens this service hands out.
+    void setTapEnabled(int id, bool enabled);
+    bool isTapEnabled(int id) const;
+    void setTapMotionWanted(int id, bool wanted);
+    void removeTap(int id);
+    void removeMonitor(int id);
+
+  private:
+    struct Tap {
+        EventCallback callback;
+        bool enabled = true;
+        bool motionWanted = false;
+    };
+
+    struct PointerState {
+        Point location;
+        std::uint16_t mask = 0;
+    };
+
+    void initializeExtensions();
+    void updateSelections(bool force);
+    void selectKeyboardEvents(bool wanted);
+    void selectInputEvents(bool motion, bool hierarchy);
+    std::optional<PointerState> queryPointer() const;
+    void deliverPendingMotion();
+    void deliverFlagsChanged(std::uint8_t modifiers);
+    void interruptTaps();
+    void deliverToTaps(const InputEvent& event, bool motion);
+
+    const XcbConnection& connection_;
+    bool hasKeyboardExtension_ = false;
+    bool hasInputExtension_ = false;
+    std::uint8_t keyboardEventBase_ = 0;
+    std::uint8_t inputOpcode_ = 0;
+
+    // Shared so that a callback may remove its own tap while it runs.
+    std::map<int, std::shared_ptr<Tap>> taps_;
+    std::map<int, std::shared_ptr<PointerMovedCallback>> monitors_;
+    int nextId_ = 1;
+
+    bool keyboardSelected_ = false;
+    bool motionSelected_ = false;
+    bool hierarchySelected_ = false;
+    bool motionPending_ = false;
+};
+
+}  // namespace gf

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "platform/Platform.h"
+
+namespace gf {
+
+class X11ApplicationRegistry;
+class X11DisplayService;
+class X11EventPump;
+class X11GrantService;
+class X11InputService;
+class X11WindowControl;
+class X11WindowInspector;
+class X11WindowServer;
+class XcbConnection;
+
+// The desktop services backed by an X server. Uses two connections: one read
+// on the main thread for input events and main-thread questions, and one
+// that never reads events, for window handles used from background threads.
+// Create and use it on the main thread of a running QCoreApplication.
+class X11Platform {
+    struct Key;  // only connect() constructs platforms
+
+  public:
+    // Connects to the named display ($DISPLAY when null or empty). Returns
+    // nullptr with a one-line reason when that fails.
+    static std::unique_ptr<X11Platform> connect(const char* displayName, std::string* error);
+
+    explicit X11Platform(const Key&);
+    X11Platform(const X11Platform&) = delete;
+    X11Platform& operator=(const X11Platform&) = delete;
+    ~X11Platform();
+
+    InputService& input();
+    WindowServer& windowServer();
+    WindowControl& windowControl();
+    DisplayService& displays();
+    ApplicationRegistry& applications();
+    GrantService& grants();
+
+    // The bundle the engine works with, completed by the timer services.
+    Platform platform(MainThreadScheduler& mainThread, SerialQueueFactory& queues);
+
+    // Called once when the connection to the X server is lost, after a line
+    // on stderr says so. Nothing is read from the connection afterwards.
+    void setConnectionLostHandler(std::function<void()> handler);
+    bool isConnectionLost() const;
+
+    // Handles the events already received; the Qt event loop does this by
+    // itself, tests call it to avoid waiting for the loop.
+    void processPendingEvents();
+
+  private:
+    void connectionLost();
+
+    std::unique_ptr<XcbConnection> events_;
+    std::unique_ptr<XcbConnection> requests_;
+    std::unique_ptr<X11WindowInspector> eventsInspector_;
+    std::unique_ptr<X11WindowInspector> requestsInspector_;
+    std::unique_ptr<X11InputService> input_;
+    std::unique_ptr<X11WindowServer> windowServer_;
+    std::unique_ptr<X11WindowControl> windowControl_;
+    std::unique_ptr<X11DisplayService> displays_;
+    std::unique_ptr<X11ApplicationRegistry> applications_;
+    std::unique_ptr<X11GrantService> grants_;
+    std::unique_ptr<X11EventPump> pump_;
+    std::function<void()> connectionLostHandler_;
+    bool connectionLostReported_ = false;
+};
+
+}  // namespace gf

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/WindowControl.h"
+
+namespace gf {
+
+class XcbConnection;
+class X11WindowInspector;
+
+// Hands out handles for the windows of a process. The connection is one that
+// never reads events, so the handles work from any thread.
+class X11WindowControl final : public WindowControl {
+  public:
+    X11WindowControl(const XcbConnection& connection, const X11WindowInspector& inspector)
+        : connection_(connection), inspector_(inspector) {}
+
+    // The process's managed windows in mapping order, docks and desktop
+    // backgrounds left out since they are never moved.
+    std::optional<std::vector<std::shared_ptr<WindowHandle>>> windowsOfProcess(
+        std::int32_t pid) override;
+
+    // X11 applications have no such switch: always absent, never set.
+    std::optional<bool> applicationAttribute(std::int32_t pid, std::string_view name) override;
+    bool setApplicationAttribute(std::int32_t pid, std::string_view name, bool value) override;
+
+  private:
+    const XcbConnection& connection_;
+    const X11WindowInspector& inspector_;
+};
+
+}  // namespace gf

@@ -1,0 +1,587 @@
+#include "platform/x11/X11WindowInspector.h"
+
+#include <xcb/res.h>
+
+#include <algorithm>
+#include <cmath>
+#include <unordered_map>
+
+#include "platform/x11/XcbConnection.h"
+#include "platform/x11/XcbReply.h"
+
+namespace gf {
+
+namespace {
+
+constexpr std::uint32_t kMaxAtomsInList = 32;
+constexpr std::uint32_t kMaxClients = 4096;
+// Window managers reparent a client one or two levels below the root; three
+// covers the deepest seen with room to spare.
+constexpr int kMaxReparentingDepth = 3;
+constexpr std::size_t kMaxWindowsSearched = 4096;
+
+xcb_get_property_cookie_t requestProperty(xcb_connection_t* connection, xcb_window_t window,
+                                          xcb_atom_t property, xcb_atom_t type,
+                                          std::uint32_t length) {
+    return xcb_get_property(connection, 0, window, property, type, 0, length);
+}
+
+std::vector<std::uint32_t> values32(const xcb_get_property_reply_t* reply) {
+    if (reply == nullptr || reply->format != 32) {
+        return {};
+    }
+    const auto* data = static_cast<const std::uint32_t*>(xcb_get_property_value(reply));
+    const auto count = static_cast<std::size_t>(xcb_get_property_value_length(reply)) / 4;
+    return {data, data + count};
+}
+
+Rect outerGeometry(const xcb_get_geometry_reply_t& geometry) {
+    const double border = geometry.border_width;
+    return {static_cast<double>(geometry.x), static_cast<double>(geometry.y),
+            geometry.width + 2 * border, geometry.height + 2 * border};
+}
+
+// The frame as the window manager describes it: the client's area grown by
+// the decoration sizes. Without decorations, the top-level window's own outer
+// rectangle.
+std::optional<Rect> frameRectangle(const xcb_get_property_reply_t* extents,
+                                   const xcb_translate_coordinates_reply_t* clientOrigin,
+                                   const xcb_get_geometry_reply_t* clientGeometry,
+                                   const xcb_get_geometry_reply_t* frameGeometry) {
+    const std::vector<std::uint32_t> sizes = values32(extents);
+    if (sizes.size() >= 4 && clientOrigin != nullptr && clientGeometry != nullptr) {
+        const double border = clientGeometry->border_width;
+        const double left = sizes[0], right = sizes[1], top = sizes[2], bottom = sizes[3];
+        return Rect{clientOrigin->dst_x - border - left, clientOrigin->dst_y - border - top,
+                    clientGeometry->width + 2 * border + left + right,
+                    clientGeometry->height + 2 * border + top + bottom};
+    }
+    if (frameGeometry != nullptr) {
+        return outerGeometry(*frameGeometry);
+    }
+    return std::nullopt;
+}
+
+bool contains(const std::vector<xcb_atom_t>& atoms, xcb_atom_t atom) {
+    return atom != XCB_ATOM_NONE && std::find(atoms.begin(), atoms.end(), atom) != atoms.end();
+}
+
+}  // namespace
+
+X11WindowInspector::X11WindowInspector(const XcbConnection& connection) : connection_(connection) {
+    // The resource extension wants to hear the client's version before the
+    // first question; the answer itself is of no interest.
+    if (connection_.hasExtension(&xcb_res_id)) {
+        xcb_discard_reply(connection_.get(),
+                          xcb_res_query_version(connection_.get(), 1, 2).sequence);
+    }
+}
+
+std::optional<std::vector<StackedWindow>> X11WindowInspector::stackedWindows() const {
+    xcb_connection_t* c = connection_.get();
+    auto tree = xcbReply(c, xcb_query_tree_reply, xcb_query_tree(c, connection_.root()));
+    if (!tree) {
+        return std::nullopt;
+    }
+    const xcb_window_t* children = xcb_query_tree_children(tree.get());
+    const int count = xcb_query_tree_children_length(tree.get());
+    // The server lists children bottom to top.
+    std::vector<xcb_window_t> frontToBack(children, children + count);
+    std::reverse(frontToBack.begin(), frontToBack.end());
+    auto topLevels = mappedTopLevels(frontToBack);
+    if (!topLevels) {
+        return std::nullopt;
+    }
+    return resolveClients(*topLevels);
+}
+
+std::optional<StackedWindow> X11WindowInspector::stackedWindowAt(Point point) const {
+    xcb_connection_t* c = connection_.get();
+    const auto x = static_cast<std::int16_t>(std::floor(point.x));
+    const auto y = static_cast<std::int16_t>(std::floor(point.y));
+    auto translated =
+        xcbReply(c, xcb_translate_coordinates_reply,
+                 xcb_translate_coordinates(c, connection_.root(), connection_.root(), x, y));
+    if (!translated || translated->child == XCB_WINDOW_NONE) {
+        return std::nullopt;
+    }
+    auto topLevels = mappedTopLevels({translated->child});
+    if (!topLevels) {
+        return std::nullopt;
+    }
+    if (topLevels->empty()) {
+        // An input-only window catches the point; look at what is drawn there.
+        return scanForWindowAt(point);
+    }
+    std::vector<StackedWindow> resolved = resolveClients(*topLevels);
+    if (resolved.empty()) {
+        return std::nullopt;
+    }
+    return resolved.front();
+}
+
+std::optional<StackedWindow> X11WindowInspector::scanForWindowAt(Point point) const {
+    auto windows = stackedWindows();
+    if (!windows) {
+        return std::nullopt;
+    }
+    xcb_connection_t* c = connection_.get();
+    std::vector<xcb_get_geometry_cookie_t> cookies;
+    cookies.reserve(windows->size());
+    for (const StackedWindow& window : *windows) {
+        cookies.push_back(xcb_get_geometry(c, window.frame));
+    }
+    std::optional<StackedWindow> found;
+    for (std::size_t i = 0; i < cookies.size(); ++i) {
+        auto geometry = xcbReply(c, xcb_get_geometry_reply, cookies[i]);
+        if (!found && geometry && outerGeometry(*geometry).contains(point)) {
+            found = (*windows)[i];
+        }
+    }
+    return found;
+}
+
+std::optional<std::vector<X11WindowInspector::TopLevel>> X11WindowInspector::mappedTopLevels(
+    const std::vector<xcb_window_t>& candidates) const {
+    xcb_connection_t* c = connection_.get();
+    std::vector<xcb_get_window_attributes_cookie_t> cookies;
+    cookies.reserve(candidates.size());
+    for (xcb_window_t window : candidates) {
+        cookies.push_back(xcb_get_window_attributes(c, window));
+    }
+    std::vector<TopLevel> mapped;
+    for (std::size_t i = 0; i < cookies.size(); ++i) {
+        auto attributes = xcbReply(c, xcb_get_window_attributes_reply, cookies[i]);
+        if (attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE &&
+            attributes->_class != XCB_WINDOW_CLASS_INPUT_ONLY) {
+            mapped.push_back({candidates[i], attributes->override_redirect != 0});
+        }
+    }
+    if (connection_.hasError()) {
+        return std::nullopt;
+    }
+    return mapped;
+}
+
+std::vector<bool> X11WindowInspector::carryWmState(const std::vector<xcb_window_t>& windows) const {
+    xcb_connection_t* c = connection_.get();
+    const xcb_atom_t wmState = connection_.atoms().wmState;
+    std::vector<xcb_get_property_cookie_t> cookies;
+    cookies.reserve(windows.size());
+    for (xcb_window_t window : windows) {
+        cookies.push_back(requestProperty(c, window, wmState, wmState, 0));
+    }
+    std::vector<bool> carries;
+    carries.reserve(windows.size());
+    for (auto cookie : cookies) {
+        auto reply = xcbReply(c, xcb_get_property_reply, cookie);
+        carries.push_back(reply && reply->type == wmState);
+    }
+    return carries;
+}
+
+xcb_window_t X11WindowInspector::findClientInside(xcb_window_t frame) const {
+    xcb_connection_t* c = connection_.get();
+    std::vector<xcb_window_t> level{frame};
+    std::size_t searched = 0;
+    for (int depth = 0; depth < kMaxReparentingDepth && !level.empty(); ++depth) {
+        std::vector<xcb_query_tree_cookie_t> cookies;
+        cookies.reserve(level.size());
+        for (xcb_window_t window : level) {
+            cookies.push_back(xcb_query_tree(c, window));
+        }
+        std::vector<xcb_window_t> children;
+        for (auto cookie : cookies) {
+            if (auto tree = xcbReply(c, xcb_query_tree_reply, cookie)) {
+                const xcb_window_t* list = xcb_query_tree_children(tree.get());
+                children.insert(children.end(), list,
+                                list + xcb_query_tree_children_length(tree.get()));
+            }
+        }
+        const std::vector<bool> carries = carryWmState(children);
+        for (std::size_t i = 0; i < children.size(); ++i) {
+            if (carries[i]) {
+                return children[i];
+            }
+        }
+        searched += children.size();
+        if (searched > kMaxWindowsSearched) {
+            break;
+        }
+        level = std::move(children);
+    }
+    return XCB_WINDOW_NONE;
+}
+
+std::vector<StackedWindow> X11WindowInspector::resolveClients(
+    const std::vector<TopLevel>& topLevels) const {
+    xcb_connection_t* c = connection_.get();
+    std::vector<StackedWindow> stacked;
+    stacked.reserve(topLevels.size());
+    for (const TopLevel& topLevel : topLevels) {
+        // Menus and tooltips bypass the window manager and are their own client.
+        stacked.push_back(
+            {topLevel.window,
+             topLevel.overrideRedirect ? topLevel.window : xcb_window_t{XCB_WINDOW_NONE},
+             topLevel.overrideRedirect});
+    }
+    auto unresolved = [&stacked] {
+        std::vector<std::size_t> indices;
+        for (std::size_t i = 0; i < stacked.size(); ++i) {
+            if (stacked[i].client == XCB_WINDOW_NONE) {
+                indices.push_back(i);
+            }
+        }
+        return indices;
+    };
+
+    // A top-level window carrying WM_STATE is a client the manager did not
+    // reparent.
+    {
+        const std::vector<std::size_t> open = unresolved();
+        std::vector<xcb_window_t> windows;
+        for (std::size_t i : open) {
+            windows.push_back(stacked[i].frame);
+        }
+        const std::vector<bool> carries = carryWmState(windows);
+        for (std::size_t k = 0; k < open.size(); ++k) {
+            if (carries[k]) {
+                stacked[open[k]].client = stacked[open[k]].frame;
+            }
+        }
+    }
+
+    // Walk up from each managed client to the root's child holding it: a few
+    // pipelined tree queries instead of searching every frame's subtree.
+    if (!unresolved().empty()) {
+        if (auto clients = clientList()) {
+            std::unordered_map<xcb_window_t, xcb_window_t> clientOfTopLevel;
+            std::vector<xcb_window_t> current = *clients;
+            std::vector<xcb_window_t> owner = *clients;
+            for (int depth = 0; depth <= kMaxReparentingDepth && !current.empty(); ++depth) {
+                std::vector<xcb_query_tree_cookie_t> cookies;
+                cookies.reserve(current.size());
+                for (xcb_window_t window : current) {
+                    cookies.push_back(xcb_query_tree(c, window));
+                }
+                std::vector<xcb_window_t> next;
+                std::vector<xcb_window_t> nextOwner;
+                for (std::size_t i = 0; i < cookies.size(); ++i) {
+                    auto tree = xcbReply(c, xcb_query_tree_reply, cookies[i]);
+                    if (!tree || tree->parent == XCB_WINDOW_NONE) {
+                        continue;
+                    }
+                    if (tree->parent == connection_.root()) {
+                        clientOfTopLevel.emplace(current[i], owner[i]);
+                    } else {
+                        next.push_back(tree->parent);
+                        nextOwner.push_back(owner[i]);
+                    }
+                }
+                current = std::move(next);
+                owner = std::move(nextOwner);
+            }
+            for (std::size_t i : unresolved()) {
+                if (auto found = clientOfTopLevel.find(stacked[i].frame);
+                    found != clientOfTopLevel.end()) {
+                    stacked[i].client = found->second;
+                }
+            }
+        }
+    }
+
+    // Windows the manager has not listed yet: search inside their frames.
+    for (std::size_t i : unresolved()) {
+        stacked[i].client = findClientInside(stacked[i].frame);
+    }
+
+    // What is left holds no client. Under a window manager these are its own
+    // windows or ones it is still taking over; without one, every mapped
+    // top-level window is an application's window.
+    if (unresolved().empty()) {
+        return stacked;
+    }
+    const bool managed = hasEwmhWindowManager();
+    std::vector<StackedWindow> kept;
+    kept.reserve(stacked.size());
+    for (StackedWindow window : stacked) {
+        if (window.client == XCB_WINDOW_NONE) {
+            if (managed) {
+                continue;
+            }
+            window.client = window.frame;
+        }
+        kept.push_back(window);
+    }
+    return kept;
+}
+
+std::vector<int> X11WindowInspector::layersOf(const std::vector<StackedWindow>& windows) const {
+    xcb_connection_t* c = connection_.get();
+    const X11Atoms& atoms = connection_.atoms();
+    std::vector<std::pair<xcb_get_property_cookie_t, xcb_get_property_cookie_t>> cookies;
+    cookies.reserve(windows.size());
+    for (const StackedWindow& window : windows) {
+        cookies.emplace_back(
+            requestProperty(c, window.client, atoms.netWmWindowType, XCB_ATOM_ATOM,
+                            kMaxAtomsInList),
+            requestProperty(c, window.client, atoms.netWmState, XCB_ATOM_ATOM, kMaxAtomsInList));
+    }
+    std::vector<int> layers;
+    layers.reserve(windows.size());
+    for (std::size_t i = 0; i < cookies.size(); ++i) {
+        auto types = xcbReply(c, xcb_get_property_reply, cookies[i].first);
+        auto states = xcbReply(c, xcb_get_property_reply, cookies[i].second);
+        layers.push_back(
+            layerFor(values32(types.get()), values32(states.get()), windows[i].overrideRedirect));
+    }
+    return layers;
+}
+
+int X11WindowInspector::layerFor(const std::vector<xcb_atom_t>& types,
+                                 const std::vector<xcb_atom_t>& states,
+                                 bool overrideRedirect) const {
+    if (overrideRedirect) {
+        return WindowLayer::overlay;
+    }
+    const X11Atoms& a = connection_.atoms();
+    int layer = WindowLayer::normal;
+    // The type list is in order of preference: the first one understood counts.
+    for (xcb_atom_t type : types) {
+        if (type == a.netWmWindowTypeDesktop) {
+            return WindowLayer::desktop;
+        }
+        if (type == a.netWmWindowTypeDock) {
+            return WindowLayer::dock;
+        }
+        if (type == a.netWmWindowTypeNotification || type == a.netWmWindowTypeTooltip ||
+            type == a.netWmWindowTypePopupMenu || type == a.netWmWindowTypeDropdownMenu ||
+            type == a.netWmWindowTypeCombo || type == a.netWmWindowTypeDnd) {
+            return WindowLayer::overlay;
+        }
+        if (type == a.netWmWindowTypeUtility || type == a.netWmWindowTypeToolbar ||
+            type == a.netWmWindowTypeSplash || type == a.netWmWindowTypeMenu) {
+            layer = WindowLayer::floating;
+            break;
+        }
+        if (type == a.netWmWindowTypeNormal || type == a.netWmWindowTypeDialog) {
+            break;
+        }
+    }
+    if (contains(states, a.netWmStateAbove)) {
+        layer = std::max(layer, WindowLayer::floating);
+    }
+    return layer;
+}
+
+std::vector<std::optional<std::int32_t>> X11WindowInspector::ownerPids(
+    const std::vector<xcb_window_t>& windows) const {
+    xcb_connection_t* c = connection_.get();
+    const bool haveResources = connection_.hasExtension(&xcb_res_id);
+    std::vector<xcb_res_query_client_ids_cookie_t> resourceCookies;
+    std::vector<xcb_get_property_cookie_t> propertyCookies;
+    for (xcb_window_t window : windows) {
+        if (haveResources) {
+            const xcb_res_client_id_spec_t spec{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
+            resourceCookies.push_back(xcb_res_query_client_ids(c, 1, &spec));
+        }
+        propertyCookies.push_back(
+            requestProperty(c, window, connection_.atoms().netWmPid, XCB_ATOM_CARDINAL, 1));
+    }
+    std::vector<std::optional<std::int32_t>> pids(windows.size());
+    for (std::size_t i = 0; i < windows.size(); ++i) {
+        if (haveResources) {
+            auto ids = xcbReply(c, xcb_res_query_client_ids_reply, resourceCookies[i]);
+            if (ids) {
+                for (auto it = xcb_res_query_client_ids_ids_iterator(ids.get()); it.rem > 0;
+                     xcb_res_client_id_value_next(&it)) {
+                    if ((it.data->spec.mask & XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID) != 0 &&
+                        xcb_res_client_id_value_value_length(it.data) >= 1) {
+                        pids[i] =
+                            static_cast<std::int32_t>(*xcb_res_client_id_value_value(it.data));
+                    }
+                }
+            }
+        }
+        auto property = xcbReply(c, xcb_get_property_reply, propertyCookies[i]);
+        const std::vector<std::uint32_t> value = values32(property.get());
+        if (!pids[i] && !value.empty() && value.front() != 0) {
+            pids[i] = static_cast<std::int32_t>(value.front());
+        }
+    }
+    return pids;
+}
+
+std::vector<WindowDescription> X11WindowInspector::describe(
+    const std::vector<StackedWindow>& windows) const {
+    xcb_connection_t* c = connection_.get();
+    struct GeometryCookies {
+        xcb_get_property_cookie_t extents;
+        xcb_translate_coordinates_cookie_t clientOrigin;
+        xcb_get_geometry_cookie_t clientGeometry;
+        xcb_get_geometry_cookie_t frameGeometry;
+    };
+    std::vector<GeometryCookies> cookies;
+    cookies.reserve(windows.size());
+    std::vector<xcb_window_t> clients;
+    for (const StackedWindow& window : windows) {
+        cookies.push_back({requestProperty(c, window.client, connection_.atoms().netFrameExtents,
+                                           XCB_ATOM_CARDINAL, 4),
+                           xcb_translate_coordinates(c, window.client, connection_.root(), 0, 0),
+                           xcb_get_geometry(c, window.client), xcb_get_geometry(c, window.frame)});
+        clients.push_back(window.client);
+    }
+    // Both batches below are sent while the geometry replies are on their way.
+    const std::vector<int> layers = layersOf(windows);
+    const std::vector<std::optional<std::int32_t>> pids = ownerPids(clients);
+
+    std::vector<WindowDescription> descriptions;
+    descriptions.reserve(windows.size());
+    for (std::size_t i = 0; i < windows.size(); ++i) {
+        auto extents = xcbReply(c, xcb_get_property_reply, cookies[i].extents);
+        auto origin = xcbReply(c, xcb_translate_coordinates_reply, cookies[i].clientOrigin);
+        auto clientGeometry = xcbReply(c, xcb_get_geometry_reply, cookies[i].clientGeometry);
+        auto frameGeometry = xcbReply(c, xcb_get_geometry_reply, cookies[i].frameGeometry);
+        WindowDescription description;
+        description.windowNumber = windows[i].client;
+        description.ownerPid = pids[i];
+        description.layer = layers[i];
+        description.bounds =
+            frameRectangle(extents.get(), origin.get(), clientGeometry.get(), frameGeometry.get());
+        descriptions.push_back(description);
+    }
+    return descriptions;
+}
+
+std::optional<FrameExtents> X11WindowInspector::frameExtents(xcb_window_t client) const {
+    xcb_connection_t* c = connection_.get();
+    auto reply = xcbReply(
+        c, xcb_get_property_reply,
+        requestProperty(c, client, connection_.atoms().netFrameExtents, XCB_ATOM_CARDINAL, 4));
+    if (!reply) {
+        return std::nullopt;
+    }
+    const std::vector<std::uint32_t> sizes = values32(reply.get());
+    if (sizes.size() < 4) {
+        return FrameExtents{};
+    }
+    return FrameExtents{static_cast<int>(sizes[0]), static_cast<int>(sizes[1]),
+                        static_cast<int>(sizes[2]), static_cast<int>(sizes[3])};
+}
+
+std::optional<Rect> X11WindowInspector::outerFrame(xcb_window_t client) const {
+    xcb_connection_t* c = connection_.get();
+    auto extentsCookie =
+        requestProperty(c, client, connection_.atoms().netFrameExtents, XCB_ATOM_CARDINAL, 4);
+    auto originCookie = xcb_translate_coordinates(c, client, connection_.root(), 0, 0);
+    auto geometryCookie = xcb_get_geometry(c, client);
+    auto extents = xcbReply(c, xcb_get_property_reply, extentsCookie);
+    auto origin = xcbReply(c, xcb_translate_coordinates_reply, originCookie);
+    auto geometry = xcbReply(c, xcb_get_geometry_reply, geometryCookie);
+    if (!extents || !origin || !geometry) {
+        return std::nullopt;  // the window vanished
+    }
+    if (values32(extents.get()).size() >= 4) {
+        return frameRectangle(extents.get(), origin.get(), geometry.get(), nullptr);
+    }
+    // No decorations described: the frame is the root's child holding the
+    // client, or the client itself.
+    xcb_window_t window = client;
+    for (int depth = 0; depth <= kMaxReparentingDepth; ++depth) {
+        auto tree = xcbReply(c, xcb_query_tree_reply, xcb_query_tree(c, window));
+        if (!tree) {
+            return std::nullopt;
+        }
+        if (tree->parent == connection_.root() || tree->parent == XCB_WINDOW_NONE) {
+            break;
+        }
+        window = tree->parent;
+    }
+    auto frameGeometry = xcbReply(c, xcb_get_geometry_reply, xcb_get_geometry(c, window));
+    if (!frameGeometry) {
+        return std::nullopt;
+    }
+    return outerGeometry(*frameGeometry);
+}
+
+std::optional<std::vector<xcb_window_t>> X11WindowInspector::clientList() const {
+    xcb_connection_t* c = connection_.get();
+    auto reply = xcbReply(c, xcb_get_property_reply,
+                          requestProperty(c, connection_.root(), connection_.atoms().netClientList,
+                                          XCB_ATOM_WINDOW, kMaxClients));
+    if (!reply || reply->type == XCB_ATOM_NONE) {
+        return std::nullopt;
+    }
+    return values32(reply.get());
+}
+
+std::vector<xcb_window_t> X11WindowInspector::applicationWindows() const {
+    if (auto clients = clientList()) {
+        return *clients;
+    }
+    std::vector<xcb_window_t> windows;
+    if (auto stacked = stackedWindows()) {
+        for (const StackedWindow& window : *stacked) {
+            if (!window.overrideRedirect) {
+                windows.push_back(window.client);
+            }
+        }
+    }
+    return windows;
+}
+
+bool X11WindowInspector::hasEwmhWindowManager() const {
+    const xcb_atom_t check = connection_.atoms().netSupportingWmCheck;
+    const std::vector<std::uint32_t> fromRoot = cardinalsOf(connection_.root(), check, 1);
+    if (fromRoot.empty() || fromRoot.front() == XCB_WINDOW_NONE) {
+        return false;
+    }
+    // A stale property survives a crashed manager; the check window's own
+    // copy pointing to itself proves the manager still runs.
+    const std::vector<std::uint32_t> fromCheckWindow = cardinalsOf(fromRoot.front(), check, 1);
+    return !fromCheckWindow.empty() && fromCheckWindow.front() == fromRoot.front();
+}
+
+std::optional<std::string> X11WindowInspector::windowClass(xcb_window_t window) const {
+    xcb_connection_t* c = connection_.get();
+    auto reply = xcbReply(c, xcb_get_property_reply,
+                          requestProperty(c, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 256));
+    if (!reply || reply->format != 8) {
+        return std::nullopt;
+    }
+    const auto* data = static_cast<const char*>(xcb_get_property_value(reply.get()));
+    const std::string both(data,
+                           static_cast<std::size_t>(xcb_get_property_value_length(reply.get())));
+    // "instance\0class\0"
+    const std::size_t separator = both.find('\0');
+    if (separator == std::string::npos) {
+        return std::nullopt;
+    }
+    std::string windowClass = both.substr(separator + 1);
+    if (const std::size_t end = windowClass.find('\0'); end != std::string::npos) {
+        windowClass.resize(end);
+    }
+    if (windowClass.empty()) {
+        return std::nullopt;
+    }
+    return windowClass;
+}
+
+std::vector<xcb_atom_t> X11WindowInspector::atomsOf(xcb_window_t window,
+                                                    xcb_atom_t property) const {
+    xcb_connection_t* c = connection_.get();
+    auto reply = xcbReply(c, xcb_get_property_reply,
+                          requestProperty(c, window, property, XCB_ATOM_ATOM, kMaxAtomsInList));
+    return values32(reply.get());
+}
+
+std::vector<std::uint32_t> X11WindowInspector::cardinalsOf(xcb_window_t window, xcb_atom_t property,
+                                                           std::uint32_t maxCount) const {
+    xcb_connection_t* c = connection_.get();
+    auto reply =
+        xcbReply(c, xcb_get_property_reply,
+                 requestProperty(c, window, property, XCB_GET_PROPERTY_TYPE_ANY, maxCount));
+    return values32(reply.get());
+}
+
+}  // namespace gf

@@ -1,0 +1,105 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/Point.h"
+#include "platform/Rect.h"
+#include "platform/WindowDescription.h"
+
+namespace gf {
+
+class XcbConnection;
+
+// Decoration sizes a window manager adds around a client (_NET_FRAME_EXTENTS).
+struct FrameExtents {
+    int left = 0;
+    int right = 0;
+    int top = 0;
+    int bottom = 0;
+};
+
+// One mapped top-level window: the child of the root (the window manager's
+// frame) and the application's own window inside it. Both are the same window
+// for override-redirect windows and when no window manager reparents.
+struct StackedWindow {
+    xcb_window_t frame = XCB_WINDOW_NONE;
+    xcb_window_t client = XCB_WINDOW_NONE;
+    bool overrideRedirect = false;
+
+    friend bool operator==(const StackedWindow&, const StackedWindow&) = default;
+};
+
+// Read-only questions about the windows on the screen, answered with
+// pipelined requests so a batch costs a few round trips whatever its size.
+// Holds no state of its own, so one connection may be used from several
+// threads at once.
+class X11WindowInspector {
+  public:
+    explicit X11WindowInspector(const XcbConnection& connection);
+
+    // The mapped top-level windows, front to back, in the server's stacking
+    // order. nullopt when the root cannot be read.
+    std::optional<std::vector<StackedWindow>> stackedWindows() const;
+
+    // The frontmost mapped top-level window containing the point; nullopt
+    // over the bare root window.
+    std::optional<StackedWindow> stackedWindowAt(Point point) const;
+
+    // Number, owner, layer and outer frame of each window, in the same order.
+    std::vector<WindowDescription> describe(const std::vector<StackedWindow>& windows) const;
+    std::vector<int> layersOf(const std::vector<StackedWindow>& windows) const;
+
+    // The process owning each window: from the X resource extension when the
+    // client is local, else from _NET_WM_PID.
+    std::vector<std::optional<std::int32_t>> ownerPids(
+        const std::vector<xcb_window_t>& windows) const;
+
+    // The outer frame of a client window in root coordinates, decorations
+    // included; nullopt when the window vanished.
+    std::optional<Rect> outerFrame(xcb_window_t client) const;
+    // The client's decoration sizes: zero when it has none, nullopt when the
+    // window vanished.
+    std::optional<FrameExtents> frameExtents(xcb_window_t client) const;
+
+    // The managed windows in mapping order (_NET_CLIENT_LIST); nullopt without
+    // a window manager that publishes the list.
+    std::optional<std::vector<xcb_window_t>> clientList() const;
+    // Every application window: the client list, or the mapped top-level
+    // windows when there is none.
+    std::vector<xcb_window_t> applicationWindows() const;
+
+    // Whether a window manager following the EWMH conventions runs now.
+    bool hasEwmhWindowManager() const;
+
+    // The class part of WM_CLASS, which names the application.
+    std::optional<std::string> windowClass(xcb_window_t window) const;
+    std::vector<xcb_atom_t> atomsOf(xcb_window_t window, xcb_atom_t property) const;
+    std::vector<std::uint32_t> cardinalsOf(xcb_window_t window, xcb_atom_t property,
+                                           std::uint32_t maxCount) const;
+
+    // Stacking layer from the window's type and state (see WindowLayer).
+    int layerFor(const std::vector<xcb_atom_t>& types, const std::vector<xcb_atom_t>& states,
+                 bool overrideRedirect) const;
+
+  private:
+    struct TopLevel {
+        xcb_window_t window = XCB_WINDOW_NONE;
+        bool overrideRedirect = false;
+    };
+
+    std::vector<StackedWindow> resolveClients(const std::vector<TopLevel>& topLevels) const;
+    std::vector<bool> carryWmState(const std::vector<xcb_window_t>& windows) const;
+    xcb_window_t findClientInside(xcb_window_t frame) const;
+    std::optional<std::vector<TopLevel>> mappedTopLevels(
+        const std::vector<xcb_window_t>& candidates) const;
+    std::optional<StackedWindow> scanForWindowAt(Point point) const;
+
+    const XcbConnection& connection_;
+};
+
+}  // namespace gf

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/WindowServer.h"
+
+namespace gf {
+
+class X11WindowInspector;
+
+// Windows as the X server stacks them. Main thread only.
+class X11WindowServer final : public WindowServer {
+  public:
+    explicit X11WindowServer(const X11WindowInspector& inspector) : inspector_(inspector) {}
+
+    // The client of the frontmost top-level window at the point, with its
+    // outer frame; nullopt over the bare desktop.
+    std::optional<WindowDescription> windowAt(Point point) override;
+
+    // Every mapped top-level window, front to back in the true stacking order
+    // (_NET_CLIENT_LIST_STACKING lags behind on some window managers), each
+    // as its client window; desktop backgrounds left out.
+    std::vector<WindowDescription> onScreenWindows() override;
+
+  private:
+    const X11WindowInspector& inspector_;
+};
+
+}  // namespace gf
