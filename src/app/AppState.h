@@ -1,0 +1,91 @@
+#pragma once
+
+#include <QObject>
+#include <QWidget>
+#include <chrono>
+#include <memory>
+
+#include "model/Settings.h"
+#include "platform/Platform.h"
+#include "platform/Timer.h"
+
+namespace gf {
+
+class AppWindow;
+class AutoRaiseManager;
+class EventTapManager;
+class UiFactory;
+class UpdateController;
+
+// The one application-wide state: owns the engine's two managers and the
+// update controller, decides at start-up between the setup wizard and the
+// engine, polls until input can be observed, and creates the Settings and
+// wizard windows on demand. Lives on the main thread.
+class AppState : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(bool hasPermission READ hasPermission NOTIFY hasPermissionChanged)
+
+  public:
+    static constexpr std::chrono::milliseconds permissionPollPeriod{2000};
+
+    AppState(Settings& settings, Platform& platform, UiFactory& ui, QObject* parent = nullptr);
+    ~AppState() override;
+    AppState(const AppState&) = delete;
+    AppState& operator=(const AppState&) = delete;
+
+    // The instance the program's entry created; only valid while it exists.
+    static AppState& shared();
+    static bool hasShared();
+
+    bool hasPermission() const { return hasPermission_; }
+    Settings& settings() { return settings_; }
+    Platform& platform() { return platform_; }
+    EventTapManager& eventTapManager() { return *eventTapManager_; }
+    AutoRaiseManager& autoRaiseManager() { return *autoRaiseManager_; }
+    UpdateController& updaterController() { return *updaterController_; }
+    UiFactory& uiFactory() { return ui_; }
+
+    // The start-up decision: the wizard on first run, otherwise the engine,
+    // the poll when input cannot be observed, the taskbar policy, and the
+    // Settings window when the tray item is hidden.
+    void setup();
+    void startEngine();
+    // Follows a change of isEnabled.
+    void restartEngine();
+    // Follows a change of autoRaiseEnabled.
+    void restartAutoRaise();
+    void showSettingsWindow();
+    void showSetupWizard();
+    // One tick of the permission poll.
+    void pollPermission();
+    void closeSetupWizardWindow();
+    void applyDockIconPolicy(bool showInDock);
+    // Ends a gesture in progress (putting back what it changed) and auto raise.
+    void stopEngine();
+
+    QWidget* settingsWindow() const;
+    QWidget* setupWizardWindow() const;
+    bool isPollingPermission() const;
+
+  signals:
+    void hasPermissionChanged(bool value);
+
+  private:
+    void setHasPermission(bool value);
+    void startPermissionPoll();
+    std::unique_ptr<AppWindow> makeSettingsWindow();
+    std::unique_ptr<AppWindow> makeSetupWizardWindow();
+
+    bool hasPermission_ = false;
+    Settings& settings_;
+    Platform platform_;
+    UiFactory& ui_;
+    std::unique_ptr<EventTapManager> eventTapManager_;
+    std::unique_ptr<AutoRaiseManager> autoRaiseManager_;
+    std::unique_ptr<Timer> permissionTimer_;
+    std::unique_ptr<AppWindow> settingsWindow_;
+    std::unique_ptr<AppWindow> setupWizardWindow_;
+    std::unique_ptr<UpdateController> updaterController_;
+};
+
+}  // namespace gf
