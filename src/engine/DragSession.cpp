@@ -56,13 +56,12 @@ void DragSession::beginMove(std::shared_ptr<WindowHandle> window, std::int32_t p
     gesture->window = std::move(window);
     gesture->pid = pid;
     gesture->bringToFront = settings_.bringToFrontOnManipulate();
-    latestMouse_.store(mouse);
     if (settings_.magneticsEnabled()) {
         gesture->cachedSnapEdges = MagneticsEngine::collectEdges(settings_, platform_);
     }
     isDragging_ = true;
     isResizing_ = false;
-    start(std::move(gesture));
+    start(std::move(gesture), mouse);
 }
 
 void DragSession::beginResize(std::shared_ptr<WindowHandle> window, std::int32_t pid, Point mouse) {
@@ -92,13 +91,12 @@ void DragSession::beginResize(std::shared_ptr<WindowHandle> window, std::int32_t
     gesture->corner = settings_.resizeFromBottomRightOnly()
                           ? ResizeCorner::bottomRight
                           : cornerFor(mouse, gesture->initialWindowFrame);
-    latestMouse_.store(mouse);
     gesture->screenBounds =
         screenFrameContaining(gesture->initialWindowFrame, platform_.displays.displays());
     corner_ = gesture->corner;
     isDragging_ = false;
     isResizing_ = true;
-    start(std::move(gesture));
+    start(std::move(gesture), mouse);
 }
 
 void DragSession::end() {
@@ -117,10 +115,13 @@ void DragSession::end() {
     isResizing_ = false;
 }
 
-void DragSession::start(std::shared_ptr<Gesture> gesture) {
+void DragSession::start(std::shared_ptr<Gesture> gesture, Point mouse) {
     gesture->number = ++gesturesBegun_;
     {
+        // Published together with the starting pointer position, so that no
+        // tick pairs this gesture with the previous gesture's pointer.
         std::lock_guard lock(gestureMutex_);
+        latestMouse_.store(mouse);
         gesture_ = std::move(gesture);
     }
     // The session outlives its timer and queue (both are destroyed first), so
@@ -136,17 +137,22 @@ void DragSession::stopUpdateTimer() {
     }
 }
 
-std::shared_ptr<const DragSession::Gesture> DragSession::currentGesture() const {
-    std::lock_guard lock(gestureMutex_);
-    return gesture_;
-}
-
 void DragSession::applyLatestMouse() {
-    const auto gesture = currentGesture();
-    if (!gesture || !gesture->window) {
+    std::shared_ptr<const Gesture> gesture;
+    Point mouse;
+    {
+        // Both under the session's lock: a tick that races with end() and a
+        // new begin applies one gesture's pointer to that gesture's window only.
+        std::lock_guard lock(gestureMutex_);
+        if (!gesture_) {
+            return;
+        }
+        gesture = gesture_;
+        mouse = latestMouse_.load();
+    }
+    if (!gesture->window) {
         return;
     }
-    const Point mouse = latestMouse_.load();
     const double dx = mouse.x - gesture->initialMousePosition.x;
     const double dy = mouse.y - gesture->initialMousePosition.y;
     if (dx == 0 && dy == 0) {

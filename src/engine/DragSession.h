@@ -75,9 +75,8 @@ class DragSession {
         bool bringToFront = false;
     };
 
-    void start(std::shared_ptr<Gesture> gesture);
+    void start(std::shared_ptr<Gesture> gesture, Point mouse);
     void stopUpdateTimer();
-    std::shared_ptr<const Gesture> currentGesture() const;
     void applyLatestMouse();
     void applyFirstMovementSetup(const Gesture& gesture);
     void cleanUpAfterGesture(std::int32_t pid);
@@ -87,8 +86,9 @@ class DragSession {
     Platform platform_;
     LatestMouse latestMouse_;
 
+    // Guards the published gesture; taken before latestMouse_'s own lock when both are needed.
     mutable std::mutex gestureMutex_;
-    std::shared_ptr<const Gesture> gesture_;  // guarded by gestureMutex_
+    std::shared_ptr<const Gesture> gesture_;
 
     // Only touched on the queue, by ticks and clean-ups.
     std::uint64_t setupAppliedToGesture_ = 0;

@@ -1,0 +1,125 @@
+// Begins and ends gestures from the main thread while the session's ticks run
+// on a real background queue, then checks that every write went to the
+// gesture's own window with that gesture's own geometry, and that each
+// gesture's clean-up came after its last write. Built and run under
+// ThreadSanitizer as well.
+#include <gtest/gtest.h>
+
+#include <QTemporaryDir>
+#include <chrono>
+#include <cmath>
+#include <map>
+#include <random>
+
+#include "engine/DragSession.h"
+#include "engine/WindowLocation.h"
+#include "fake/FakeDesktop.h"
+#include "model/Settings.h"
+#include "platform/ThreadSerialQueueFactory.h"
+
+namespace gf::test {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Kind = WindowWrite::Kind;
+
+constexpr int gestureCount = 2000;
+constexpr double spacing = 1000;  // between the windows' starting x, far beyond any snap
+constexpr double maxStep = 20;    // the furthest the pointer strays in one gesture
+
+struct Target {
+    std::uint32_t window = 0;
+    std::int32_t pid = 0;
+    Point start;
+    bool resize = false;
+};
+
+// Each gesture's window starts alone in its own band of x, so a write that
+// mixed two gestures' state lands a whole band away from where it should be.
+bool isNearStart(const WindowWrite& w, const Target& t) {
+    if (w.kind == Kind::position) {
+        return std::abs(w.point.x - t.start.x) <= maxStep &&
+               std::abs(w.point.y - t.start.y) <= maxStep;
+    }
+    if (w.kind == Kind::size) {
+        return t.resize && std::abs(w.size.width - 400) <= maxStep &&
+               std::abs(w.size.height - 300) <= maxStep;
+    }
+    return true;
+}
+
+TEST(DragSessionConcurrencyTest, TicksNeverMixGesturesAndCleanUpsComeLast) {
+    QTemporaryDir dir;
+    Settings settings(dir.filePath("settings.conf"));
+    settings.setMagneticsEnabled(false);
+    FakeDesktop desktop;
+    // One display wide enough for every window, so resizes are limited by it alone.
+    const Rect wide{0, 0, spacing * (gestureCount + 3), 1000};
+    desktop.setDisplays({{wide, wide}});
+    ThreadSerialQueueFactory realQueues;
+    std::mt19937 random(20240611);
+    std::uniform_int_distribution<int> step(1, static_cast<int>(maxStep));
+    std::uniform_int_distribution<int> holdMicros(0, 300);
+    std::map<std::uint32_t, Target> targets;
+    {
+        DragSession session(settings, desktop.platform(realQueues));
+        for (int i = 0; i < gestureCount; ++i) {
+            Target t;
+            t.pid = 10'000 + i;
+            t.start = {spacing * (i + 2), 100};
+            t.resize = i % 3 == 0;
+            t.window =
+                desktop.addWindow(FakeWindowSpec::at({t.start.x, t.start.y, 400, 300}, t.pid));
+            desktop.setApplicationAttribute(t.pid, DragSession::enhancedUserInterfaceAttribute,
+                                            true);
+            targets[t.window] = t;
+            // Now and then with magnetics, whose lines come from the main thread.
+            settings.setMagneticsEnabled(i % 50 == 0);
+
+            auto handle = findWindowHandle(desktop.platform().windowControl, t.pid, t.window);
+            const Point mouse{t.start.x + 100 + i % 2 * 250, t.start.y + 100};
+            if (t.resize) {
+                session.beginResize(handle, t.pid, mouse);
+            } else {
+                session.beginMove(handle, t.pid, mouse);
+            }
+            // Mostly short gestures, which race the first tick; sometimes long
+            // enough for the repeating ticks.
+            const auto hold = std::chrono::microseconds(i % 32 == 0 ? 20'000 : holdMicros(random));
+            const auto until = Clock::now() + hold;
+            do {
+                session.setLatestMouse(
+                    {mouse.x + step(random) - maxStep / 2, mouse.y + step(random) - maxStep / 2});
+            } while (Clock::now() < until);
+            session.end();
+        }
+    }  // the session drains its queue here
+
+    std::size_t positionWrites = 0;
+    std::map<std::int32_t, std::uint64_t> restoredAt;
+    for (const auto& a : desktop.attributeWrites()) {
+        if (a.value) {
+            EXPECT_FALSE(restoredAt.contains(a.pid)) << "restored twice: " << a.pid;
+            restoredAt[a.pid] = a.sequence;
+        }
+    }
+    for (const auto& w : desktop.writes()) {
+        const Target& t = targets.at(w.window);
+        EXPECT_TRUE(isNearStart(w, t))
+            << "window " << w.window << " written at (" << w.point.x << ", " << w.point.y
+            << ") size " << w.size.width << " x " << w.size.height;
+        ASSERT_TRUE(restoredAt.contains(t.pid)) << "a moved window's application was not restored";
+        EXPECT_LT(w.sequence, restoredAt[t.pid]) << "written after its clean-up: " << w.window;
+        positionWrites += w.kind == Kind::position;
+    }
+    for (const auto& [window, t] : targets) {
+        EXPECT_EQ(
+            desktop.applicationAttributeValue(t.pid, DragSession::enhancedUserInterfaceAttribute),
+            true);
+    }
+    // The stress only means something if ticks really ran during gestures.
+    EXPECT_GT(positionWrites, 100u);
+}
+
+}  // namespace
+}  // namespace gf::test
