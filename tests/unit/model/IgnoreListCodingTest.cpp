@@ -1,0 +1,42 @@
+#include <gtest/gtest.h>
+
+#include "ModelPrinters.h"
+#include "model/IgnoreListCoding.h"
+
+namespace gf {
+namespace {
+
+using Entries = std::vector<IgnoreListEntry>;
+
+TEST(IgnoreListCodingTest, RoundTripKeepsOrderDuplicatesAndAnyText) {
+    EXPECT_EQ(IgnoreListCoding::encode({}), "[]");
+    const Entries entries{
+        {"XTerm", "xterm \"classic\""},
+        {"Caf\xC3\xA9", "Caf\xC3\xA9 \xE2\x98\x95"},
+        {"XTerm", "Second copy"},
+    };
+    EXPECT_EQ(IgnoreListCoding::decode(IgnoreListCoding::encode(entries)), entries);
+    EXPECT_EQ(IgnoreListCoding::encode({{"XTerm", "xterm"}}),
+              R"([{"appName":"xterm","bundleIdentifier":"XTerm"}])");
+    EXPECT_EQ(IgnoreListCoding::decode(R"([{"appName":"A","extra":1,"bundleIdentifier":"a"}])"),
+              (Entries{{"a", "A"}}));
+}
+
+TEST(IgnoreListCodingTest, AnythingButAnArrayOfCompleteEntriesFails) {
+    const char* const malformed[] = {
+        R"({"bundleIdentifier":"a","appName":"A"})",
+        R"(["a"])",
+        R"([{"bundleIdentifier":"a"}])",
+        R"([{"appName":"A"}])",
+        R"([{"bundleIdentifier":"a","appName":"A"},{"bundleIdentifier":"b","appName":7}])",
+        "not json",
+    };
+    for (const char* json : malformed) {
+        QString error;
+        EXPECT_EQ(IgnoreListCoding::decode(json, &error), std::nullopt) << json;
+        EXPECT_FALSE(error.isEmpty()) << json;
+    }
+}
+
+}  // namespace
+}  // namespace gf
