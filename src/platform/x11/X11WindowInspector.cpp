@@ -530,6 +530,15 @@ std::vector<xcb_window_t> X11WindowInspector::applicationWindows() const {
     return windows;
 }
 
+std::optional<Rect> X11WindowInspector::rootRectangle() const {
+    xcb_connection_t* c = connection_.get();
+    auto geometry = xcbReply(c, xcb_get_geometry_reply, xcb_get_geometry(c, connection_.root()));
+    if (!geometry) {
+        return std::nullopt;
+    }
+    return Rect{0, 0, static_cast<double>(geometry->width), static_cast<double>(geometry->height)};
+}
+
 bool X11WindowInspector::hasEwmhWindowManager() const {
     const xcb_atom_t check = connection_.atoms().netSupportingWmCheck;
     const std::vector<std::uint32_t> fromRoot = cardinalsOf(connection_.root(), check, 1);

@@ -73,6 +73,9 @@ class X11WindowInspector {
     // windows when there is none.
     std::vector<xcb_window_t> applicationWindows() const;
 
+    // The root window's rectangle: the whole screen, which RandR may resize.
+    std::optional<Rect> rootRectangle() const;
+
     // Whether a window manager following the EWMH conventions runs now.
     bool hasEwmhWindowManager() const;
 

@@ -18,9 +18,14 @@ std::vector<WindowDescription> X11WindowServer::onScreenWindows() {
     if (!stacked) {
         return {};
     }
+    const std::optional<Rect> screen = inspector_.rootRectangle();
     std::vector<WindowDescription> windows = inspector_.describe(*stacked);
-    std::erase_if(windows, [](const WindowDescription& window) {
-        return window.layer && *window.layer < WindowLayer::normal;
+    // Window managers park helper windows outside the screen; they are mapped
+    // but nobody sees them.
+    std::erase_if(windows, [&screen](const WindowDescription& window) {
+        const bool background = window.layer && *window.layer < WindowLayer::normal;
+        const bool offScreen = screen && window.bounds && !window.bounds->intersects(*screen);
+        return background || offScreen;
     });
     return windows;
 }

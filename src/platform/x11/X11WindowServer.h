@@ -17,7 +17,8 @@ class X11WindowServer final : public WindowServer {
 
     // Every mapped top-level window, front to back in the true stacking order
     // (_NET_CLIENT_LIST_STACKING lags behind on some window managers), each
-    // as its client window; desktop backgrounds left out.
+    // as its client window; desktop backgrounds and windows parked outside
+    // the screen left out.
     std::vector<WindowDescription> onScreenWindows() override;
 
   private:

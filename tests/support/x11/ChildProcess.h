@@ -1,0 +1,47 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace gf::test {
+
+// A program started by a test, stopped when the object goes. The child is
+// also killed when the test process dies, so no server outlives a crash.
+class ChildProcess {
+  public:
+    struct Options {
+        std::vector<std::string> arguments;  // arguments[0]: the program, looked up in PATH
+        // Added to the test's own environment, replacing variables of the same name.
+        std::vector<std::pair<std::string, std::string>> environment;
+        std::string outputFile;  // receives stdout and stderr; /dev/null when empty
+        int inheritedFd = -1;    // a descriptor the child keeps under the same number
+    };
+
+    // nullptr with a one-line reason when the program cannot be started.
+    static std::unique_ptr<ChildProcess> start(const Options& options, std::string* error);
+
+    explicit ChildProcess(pid_t pid) : pid_(pid) {}
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
+    ~ChildProcess();
+
+    pid_t pid() const { return pid_; }
+    bool isRunning();
+
+    // SIGTERM, then SIGKILL once the grace period is over; returns when the
+    // child has been reaped.
+    void terminate(std::chrono::milliseconds grace = std::chrono::milliseconds(2000));
+
+  private:
+    bool reap(bool block);
+
+    pid_t pid_;
+    bool reaped_ = false;
+};
+
+}  // namespace gf::test

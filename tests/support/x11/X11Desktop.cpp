@@ -1,0 +1,426 @@
+#include "x11/X11Desktop.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+#include <xcb/randr.h>
+#include <xcb/xcb.h>
+
+#include <array>
+#include <chrono>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+#include "platform/x11/XcbReply.h"
+#include "x11/WaitUntil.h"
+
+namespace gf::test {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kServerStartTimeout = 5000ms;
+constexpr auto kWindowTimeout = 5000ms;
+// A window mapped while openbox is still starting may be left unmanaged;
+// after this long the probe window is mapped again.
+constexpr auto kProbeRetry = 500ms;
+
+// No key or mouse bindings (they would grab Super and friends), no margins,
+// no animations, one desktop: windows land exactly where they are asked to.
+constexpr const char* kOpenboxConfig = R"(<?xml version="1.0" encoding="UTF-8"?>
+<openbox_config xmlns="http://openbox.org/3.4/rc">
+  <resistance><strength>0</strength><screen_edge_strength>0</screen_edge_strength></resistance>
+  <focus><focusNew>yes</focusNew><followMouse>no</followMouse></focus>
+  <placement><policy>Smart</policy></placement>
+  <theme><animateIconify>no</animateIconify></theme>
+  <desktops><number>1</number></desktops>
+  <margins><top>0</top><bottom>0</bottom><left>0</left><right>0</right></margins>
+  <keyboard></keyboard>
+  <mouse></mouse>
+  <menu></menu>
+  <applications></applications>
+</openbox_config>
+)";
+
+// WM_SIZE_HINTS flags.
+constexpr std::uint32_t kUserPosition = 1u << 0;
+constexpr std::uint32_t kUserSize = 1u << 1;
+constexpr std::uint32_t kMinSize = 1u << 4;
+constexpr std::uint32_t kMaxSize = 1u << 5;
+
+std::string tail(const std::filesystem::path& file, std::size_t lines) {
+    std::ifstream stream(file);
+    std::vector<std::string> all;
+    for (std::string line; std::getline(stream, line);) {
+        all.push_back(line);
+    }
+    std::ostringstream text;
+    for (std::size_t i = all.size() > lines ? all.size() - lines : 0; i < all.size(); ++i) {
+        text << "  " << all[i] << "\n";
+    }
+    return text.str();
+}
+
+std::optional<std::string> readDisplayNumber(int fd, std::chrono::milliseconds timeout) {
+    std::string number;
+    const auto deadline = std::chrono::steady_clock::now() + timeout;
+    while (std::chrono::steady_clock::now() < deadline) {
+        pollfd descriptor{fd, POLLIN, 0};
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+            deadline - std::chrono::steady_clock::now());
+        if (poll(&descriptor, 1, static_cast<int>(std::max<long>(1, left.count()))) <= 0) {
+            continue;
+        }
+        char buffer[32];
+        const ssize_t count = read(fd, buffer, sizeof buffer);
+        if (count <= 0) {
+            return std::nullopt;  // the server exited
+        }
+        number.append(buffer, static_cast<std::size_t>(count));
+        if (number.find('\n') != std::string::npos) {
+            number.resize(number.find('\n'));
+            return number;
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+void X11Desktop::Disconnect::operator()(xcb_connection_t* connection) const {
+    xcb_disconnect(connection);
+}
+
+X11Desktop::X11Desktop() = default;
+
+X11Desktop::~X11Desktop() {
+    clients_.clear();
+    windowManager_.reset();
+    probe_.reset();
+    input_.reset();
+    connection_.reset();
+    server_.reset();
+    if (!directory_.empty()) {
+        std::error_code ignored;
+        std::filesystem::remove_all(directory_, ignored);
+    }
+}
+
+std::unique_ptr<X11Desktop> X11Desktop::start(const Options& options, std::string* error) {
+    auto desktop = std::make_unique<X11Desktop>();
+    std::string directory =
+        (std::filesystem::temp_directory_path() / "glimmerfold-e2e-XXXXXX").string();
+    if (mkdtemp(directory.data()) == nullptr) {
+        *error = "cannot create a temporary directory";
+        return nullptr;
+    }
+    desktop->directory_ = directory;
+    if (!desktop->startServer(options, error)) {
+        return nullptr;
+    }
+    if (options.windowManager && !desktop->startWindowManager(error)) {
+        *error += "\n" + desktop->logTail();
+        return nullptr;
+    }
+    return desktop;
+}
+
+bool X11Desktop::startServer(const Options& options, std::string* error) {
+    std::array<int, 2> pipe{};
+    if (pipe2(pipe.data(), O_CLOEXEC) != 0) {
+        *error = "cannot create a pipe";
+        return false;
+    }
+    const std::string screen =
+        std::to_string(options.width) + "x" + std::to_string(options.height) + "x24";
+    ChildProcess::Options server;
+    server.arguments = {"Xvfb",      "-displayfd", std::to_string(pipe[1]),
+                        "-screen",   "0",          screen,
+                        "-nolisten", "tcp",        "-noreset"};
+    server.outputFile = (directory_ / "xvfb.log").string();
+    server.inheritedFd = pipe[1];
+    server_ = ChildProcess::start(server, error);
+    close(pipe[1]);
+    std::optional<std::string> number;
+    if (server_) {
+        number = readDisplayNumber(pipe[0], kServerStartTimeout);
+    }
+    close(pipe[0]);
+    if (!server_) {
+        return false;
+    }
+    if (!number || number->empty()) {
+        *error = "Xvfb did not report its display\n" + logTail();
+        return false;
+    }
+    displayName_ = ":" + *number;
+
+    int screenNumber = 0;
+    connection_.reset(xcb_connect(displayName_.c_str(), &screenNumber));
+    if (xcb_connection_has_error(connection_.get()) != 0) {
+        *error = "cannot connect to the private display " + displayName_;
+        return false;
+    }
+    root_ = xcb_setup_roots_iterator(xcb_get_setup(connection_.get())).data->root;
+    input_ = std::make_unique<XTestDriver>(connection_.get(), root_);
+    probe_ = std::make_unique<DesktopProbe>(connection_.get(), root_);
+    return true;
+}
+
+bool X11Desktop::startWindowManager(std::string* error) {
+    const std::filesystem::path config = directory_ / "rc.xml";
+    std::ofstream(config) << kOpenboxConfig;
+    ChildProcess::Options openbox;
+    openbox.arguments = {"openbox", "--config-file", config.string(), "--sm-disable"};
+    openbox.environment = clientEnvironment();
+    openbox.environment.emplace_back("XDG_CONFIG_HOME", (directory_ / "config").string());
+    openbox.environment.emplace_back("XDG_CACHE_HOME", (directory_ / "cache").string());
+    openbox.outputFile = (directory_ / "openbox.log").string();
+    windowManager_ = ChildProcess::start(openbox, error);
+    if (!windowManager_) {
+        return false;
+    }
+    if (!waitUntilManaging()) {
+        *error = "openbox did not start managing windows";
+        return false;
+    }
+    managed_ = true;
+    return true;
+}
+
+bool X11Desktop::waitUntilManaging() {
+    // _NET_SUPPORTING_WM_CHECK appears before openbox takes over new windows,
+    // so only a window that actually got managed proves it is ready.
+    xcb_connection_t* c = connection_.get();
+    const xcb_window_t probeWindow = xcb_generate_id(c);
+    xcb_create_window(c, XCB_COPY_FROM_PARENT, probeWindow, root_, 0, 0, 10, 10, 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+    const auto deadline = std::chrono::steady_clock::now() + kServerStartTimeout;
+    bool managed = false;
+    while (!managed && std::chrono::steady_clock::now() < deadline && windowManager_->isRunning()) {
+        xcb_map_window(c, probeWindow);
+        xcb_flush(c);
+        managed = waitUntil([&] { return probe_->isManaged(probeWindow); }, kProbeRetry);
+        if (!managed) {
+            xcb_unmap_window(c, probeWindow);
+        }
+    }
+    xcb_destroy_window(c, probeWindow);
+    input_->sync();
+    if (managed) {
+        waitUntil([&] { return !probe_->exists(probeWindow) && !probe_->activeWindow(); }, 1000ms);
+    }
+    return managed;
+}
+
+std::vector<std::pair<std::string, std::string>> X11Desktop::clientEnvironment() const {
+    return {{"DISPLAY", displayName_}};
+}
+
+std::string X11Desktop::logTail() const {
+    std::string text;
+    for (const char* log : {"xvfb.log", "openbox.log"}) {
+        const std::filesystem::path file = directory_ / log;
+        if (std::filesystem::exists(file)) {
+            text += std::string(log) + ":\n" + tail(file, 10);
+        }
+    }
+    return text;
+}
+
+void X11Desktop::waitForWindow(WindowId window, bool managed,
+                               std::optional<std::pair<int, int>> framePosition,
+                               const std::string& what) {
+    const bool ready = waitUntil(
+        [&] {
+            if (managed ? !probe_->isManaged(window) : !probe_->isViewable(window)) {
+                return false;
+            }
+            if (!framePosition) {
+                return true;
+            }
+            const std::optional<Rect> frame = probe_->frameGeometry(window);
+            return frame && frame->x == framePosition->first && frame->y == framePosition->second;
+        },
+        kWindowTimeout);
+    if (!ready) {
+        throw std::runtime_error(what + " did not appear where expected\n" + logTail());
+    }
+}
+
+TestClient& X11Desktop::startClient(const std::vector<std::string>& arguments,
+                                    std::optional<std::pair<int, int>> framePosition) {
+    auto client = std::make_unique<TestClient>();
+    ChildProcess::Options options;
+    options.arguments = arguments;
+    options.environment = clientEnvironment();
+    options.outputFile = (directory_ / (arguments.front() + ".log")).string();
+    std::string error;
+    client->process = ChildProcess::start(options, &error);
+    if (!client->process) {
+        throw std::runtime_error(error);
+    }
+    client->pid = client->process->pid();
+    std::optional<WindowId> window;
+    const bool found = waitUntil(
+        [&] {
+            window = probe_->findClientByPid(client->pid);
+            return window.has_value() || !client->process->isRunning();
+        },
+        kWindowTimeout);
+    if (!found || !window) {
+        throw std::runtime_error(arguments.front() + " showed no window\n" +
+                                 tail(options.outputFile, 5));
+    }
+    client->window = *window;
+    waitForWindow(client->window, managed_, framePosition, arguments.front());
+    clients_.push_back(std::move(client));
+    return *clients_.back();
+}
+
+TestClient& X11Desktop::startXlogo(int x, int y, int width, int height) {
+    const std::string geometry = std::to_string(width) + "x" + std::to_string(height) + "+" +
+                                 std::to_string(x) + "+" + std::to_string(y);
+    return startClient({"xlogo", "-geometry", geometry}, std::pair{x, y});
+}
+
+TestClient& X11Desktop::startXterm(int x, int y, int columns, int rows) {
+    const std::string geometry = std::to_string(columns) + "x" + std::to_string(rows) + "+" +
+                                 std::to_string(x) + "+" + std::to_string(y);
+    return startClient({"xterm", "-geometry", geometry}, std::pair{x, y});
+}
+
+void X11Desktop::killClient(TestClient& client) {
+    client.process->terminate();
+    if (!waitUntil([&] { return !probe_->exists(client.window); }, kWindowTimeout)) {
+        throw std::runtime_error("the window of a killed client stayed");
+    }
+}
+
+void X11Desktop::setProperty(WindowId window, const std::string& property, std::uint32_t type,
+                             std::uint8_t format, std::uint32_t count, const void* data) {
+    xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, window, probe_->atom(property),
+                        type, format, count, data);
+}
+
+WindowId X11Desktop::createWindow(const TestWindowOptions& options) {
+    xcb_connection_t* c = connection_.get();
+    const xcb_window_t window = xcb_generate_id(c);
+    const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(c)).data;
+    const std::array<std::uint32_t, 2> values{screen->white_pixel,
+                                              options.overrideRedirect ? 1u : 0u};
+    xcb_create_window(
+        c, XCB_COPY_FROM_PARENT, window, root_, static_cast<std::int16_t>(options.x),
+        static_cast<std::int16_t>(options.y), static_cast<std::uint16_t>(options.width),
+        static_cast<std::uint16_t>(options.height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+        XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT, values.data());
+
+    const std::string wmClass =
+        "glimmerfold-test" + std::string(1, '\0') + options.windowClass + '\0';
+    xcb_change_property(c, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
+                        static_cast<std::uint32_t>(wmClass.size()), wmClass.data());
+    xcb_change_property(c, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8,
+                        static_cast<std::uint32_t>(options.windowClass.size()),
+                        options.windowClass.data());
+
+    std::array<std::uint32_t, 18> hints{};
+    hints[0] = kUserPosition | kUserSize | (options.fixedSize ? kMinSize | kMaxSize : 0);
+    hints[1] = static_cast<std::uint32_t>(options.x);
+    hints[2] = static_cast<std::uint32_t>(options.y);
+    hints[3] = hints[5] = hints[7] = static_cast<std::uint32_t>(options.width);
+    hints[4] = hints[6] = hints[8] = static_cast<std::uint32_t>(options.height);
+    xcb_change_property(c, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_NORMAL_HINTS,
+                        XCB_ATOM_WM_SIZE_HINTS, 32, hints.size(), hints.data());
+
+    const std::uint32_t pid = static_cast<std::uint32_t>(getpid());
+    setProperty(window, "_NET_WM_PID", XCB_ATOM_CARDINAL, 32, 1, &pid);
+    if (!options.type.empty()) {
+        const std::uint32_t type = probe_->atom(options.type);
+        setProperty(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM, 32, 1, &type);
+    }
+    if (options.strut) {
+        const StrutPartial& s = *options.strut;
+        const std::array<std::uint32_t, 12> partial{
+            s.left,        s.right,     s.top,       s.bottom,  s.leftStartY,   s.leftEndY,
+            s.rightStartY, s.rightEndY, s.topStartX, s.topEndX, s.bottomStartX, s.bottomEndX};
+        setProperty(window, "_NET_WM_STRUT_PARTIAL", XCB_ATOM_CARDINAL, 32, 12, partial.data());
+        setProperty(window, "_NET_WM_STRUT", XCB_ATOM_CARDINAL, 32, 4, partial.data());
+    }
+    xcb_map_window(c, window);
+    xcb_flush(c);
+    const bool managed = managed_ && !options.overrideRedirect;
+    const bool decorated = options.type.empty() || options.type == "_NET_WM_WINDOW_TYPE_NORMAL";
+    waitForWindow(
+        window, managed,
+        managed && decorated ? std::optional(std::pair{options.x, options.y}) : std::nullopt,
+        "window " + options.windowClass);
+    return window;
+}
+
+WindowId X11Desktop::createDock(int x, int y, int width, int height, const StrutPartial& strut) {
+    TestWindowOptions options;
+    options.x = x;
+    options.y = y;
+    options.width = width;
+    options.height = height;
+    options.windowClass = "GlimmerfoldTestDock";
+    options.type = "_NET_WM_WINDOW_TYPE_DOCK";
+    options.strut = strut;
+    return createWindow(options);
+}
+
+void X11Desktop::destroyWindow(WindowId window) {
+    xcb_destroy_window(connection_.get(), window);
+    input_->sync();
+}
+
+void X11Desktop::setMonitors(const std::vector<Rect>& monitors) {
+    xcb_connection_t* c = connection_.get();
+    auto resources = xcbReply(c, xcb_randr_get_screen_resources_current_reply,
+                              xcb_randr_get_screen_resources_current(c, root_));
+    if (!resources || xcb_randr_get_screen_resources_current_outputs_length(resources.get()) < 1) {
+        throw std::runtime_error("the server has no RandR output");
+    }
+    const xcb_randr_output_t output =
+        *xcb_randr_get_screen_resources_current_outputs(resources.get());
+
+    // Monitors set earlier go first; the automatic one disappears once the
+    // output belongs to a monitor of our own.
+    if (auto existing =
+            xcbReply(c, xcb_randr_get_monitors_reply, xcb_randr_get_monitors(c, root_, 0))) {
+        for (auto it = xcb_randr_get_monitors_monitors_iterator(existing.get()); it.rem > 0;
+             xcb_randr_monitor_info_next(&it)) {
+            if (it.data->automatic == 0) {
+                xcb_randr_delete_monitor(c, root_, it.data->name);
+            }
+        }
+    }
+    for (std::size_t i = 0; i < monitors.size(); ++i) {
+        // The request carries the monitor and then its outputs.
+        struct MonitorWithOutput {
+            xcb_randr_monitor_info_t info;
+            xcb_randr_output_t output;
+        } monitor{};
+        monitor.info.name = probe_->atom("GLIMMERFOLD-" + std::to_string(i));
+        monitor.info.primary = i == 0 ? 1 : 0;
+        monitor.info.nOutput = i == 0 ? 1 : 0;
+        monitor.info.x = static_cast<std::int16_t>(monitors[i].x);
+        monitor.info.y = static_cast<std::int16_t>(monitors[i].y);
+        monitor.info.width = static_cast<std::uint16_t>(monitors[i].width);
+        monitor.info.height = static_cast<std::uint16_t>(monitors[i].height);
+        monitor.info.width_in_millimeters = static_cast<std::uint32_t>(monitors[i].width / 4);
+        monitor.info.height_in_millimeters = static_cast<std::uint32_t>(monitors[i].height / 4);
+        monitor.output = output;
+        if (!xcbSucceeded(c, xcb_randr_set_monitor_checked(c, root_, &monitor.info))) {
+            throw std::runtime_error("the server refused a RandR monitor");
+        }
+    }
+    if (probe_->monitors().size() != monitors.size()) {
+        throw std::runtime_error("the server lists other monitors than those set");
+    }
+}
+
+}  // namespace gf::test

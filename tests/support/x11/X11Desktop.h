@@ -1,0 +1,126 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/Rect.h"
+#include "x11/ChildProcess.h"
+#include "x11/DesktopProbe.h"
+#include "x11/XTestDriver.h"
+
+struct xcb_connection_t;
+
+namespace gf::test {
+
+// A program with a window on the private desktop.
+struct TestClient {
+    std::unique_ptr<ChildProcess> process;
+    WindowId window = 0;  // its client window
+    std::int32_t pid = 0;
+};
+
+// _NET_WM_STRUT_PARTIAL: reserved widths at the root's edges and the span of
+// each along its edge (start and end inclusive).
+struct StrutPartial {
+    std::uint32_t left = 0, right = 0, top = 0, bottom = 0;
+    std::uint32_t leftStartY = 0, leftEndY = 0, rightStartY = 0, rightEndY = 0;
+    std::uint32_t topStartX = 0, topEndX = 0, bottomStartX = 0, bottomEndX = 0;
+};
+
+// A window the harness creates itself. Like an application's -geometry,
+// x and y place the outer frame and width and height size the client.
+struct TestWindowOptions {
+    int x = 0;
+    int y = 0;
+    int width = 200;
+    int height = 150;
+    std::string windowClass = "GlimmerfoldTestWindow";
+    std::string type;        // an atom name such as "_NET_WM_WINDOW_TYPE_UTILITY"; none when empty
+    bool fixedSize = false;  // minimum and maximum size both equal the size
+    bool overrideRedirect = false;  // like a menu or tooltip: not managed
+    std::optional<StrutPartial> strut;
+};
+
+// A private X server (Xvfb, display picked with -displayfd) with openbox and
+// the clients a test starts, all stopped when the object goes. Every process
+// gets its own, so tests run in parallel.
+class X11Desktop {
+  public:
+    struct Options {
+        int width = 1280;
+        int height = 800;
+        bool windowManager = true;  // start openbox and wait until it manages windows
+    };
+
+    // Returns once the server runs and openbox manages windows; nullptr with
+    // a reason (and the logs' tails) when that fails.
+    static std::unique_ptr<X11Desktop> start(const Options& options, std::string* error);
+
+    X11Desktop();
+    X11Desktop(const X11Desktop&) = delete;
+    X11Desktop& operator=(const X11Desktop&) = delete;
+    ~X11Desktop();
+
+    const std::string& displayName() const { return displayName_; }  // ":N"
+    xcb_connection_t* connection() const { return connection_.get(); }
+    WindowId root() const { return root_; }
+    // A temporary directory removed with the desktop; logs are kept there.
+    const std::filesystem::path& directory() const { return directory_; }
+    // The variables a program needs to run on this desktop (DISPLAY).
+    std::vector<std::pair<std::string, std::string>> clientEnvironment() const;
+
+    XTestDriver& input() { return *input_; }
+    const DesktopProbe& probe() const { return *probe_; }
+
+    // Start a program and return once its window is managed, mapped and, when
+    // a place was given, at that place. They throw std::runtime_error on failure.
+    TestClient& startXlogo(int x, int y, int width, int height);
+    TestClient& startXterm(int x, int y, int columns = 80, int rows = 24);
+    TestClient& startClient(const std::vector<std::string>& arguments,
+                            std::optional<std::pair<int, int>> framePosition = std::nullopt);
+    // Ends the program and waits until its window is gone.
+    void killClient(TestClient& client);
+
+    // Windows owned by the test process itself, mapped and managed on return.
+    WindowId createWindow(const TestWindowOptions& options);
+    WindowId createDock(int x, int y, int width, int height, const StrutPartial& strut);
+    void destroyWindow(WindowId window);
+
+    // Replaces the RandR monitors by these rectangles (root coordinates), the
+    // first one primary. The screen must be large enough to hold them.
+    void setMonitors(const std::vector<Rect>& monitors);
+
+    // The last lines of the server's and the window manager's logs.
+    std::string logTail() const;
+
+  private:
+    struct Disconnect {
+        void operator()(xcb_connection_t* connection) const;
+    };
+
+    bool startServer(const Options& options, std::string* error);
+    bool startWindowManager(std::string* error);
+    bool waitUntilManaging();
+    void waitForWindow(WindowId window, bool managed,
+                       std::optional<std::pair<int, int>> framePosition, const std::string& what);
+    void setProperty(WindowId window, const std::string& property, std::uint32_t type,
+                     std::uint8_t format, std::uint32_t count, const void* data);
+
+    std::filesystem::path directory_;
+    std::unique_ptr<ChildProcess> server_;
+    std::unique_ptr<ChildProcess> windowManager_;
+    std::unique_ptr<xcb_connection_t, Disconnect> connection_;
+    WindowId root_ = 0;
+    std::string displayName_;
+    bool managed_ = false;
+    std::unique_ptr<XTestDriver> input_;
+    std::unique_ptr<DesktopProbe> probe_;
+    std::vector<std::unique_ptr<TestClient>> clients_;
+};
+
+}  // namespace gf::test

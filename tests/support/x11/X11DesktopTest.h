@@ -1,0 +1,45 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+#include "platform/x11/X11Platform.h"
+#include "x11/WaitUntil.h"
+#include "x11/X11Desktop.h"
+
+namespace gf::test {
+
+// A test with its own private desktop: Xvfb, openbox, and whatever clients
+// the test starts. Override desktopOptions() for another screen size. The
+// desktop is stopped after the derived fixture's members are gone, so those
+// may hold connections to it.
+class X11DesktopTest : public ::testing::Test {
+  protected:
+    X11DesktopTest();
+    ~X11DesktopTest() override;
+
+    virtual X11Desktop::Options desktopOptions() const { return {}; }
+
+    void SetUp() override;
+
+    X11Desktop& desktop() { return *desktop_; }
+    XTestDriver& input() { return desktop_->input(); }
+    const DesktopProbe& probe() const { return desktop_->probe(); }
+
+    // The backend under test, connected to this desktop; a test failure and
+    // nullptr when it cannot connect.
+    std::unique_ptr<X11Platform> connectPlatform();
+
+    static bool waitUntil(const std::function<bool()>& condition,
+                          std::chrono::milliseconds timeout = std::chrono::milliseconds(5000)) {
+        return test::waitUntil(condition, timeout);
+    }
+
+  private:
+    std::unique_ptr<X11Desktop> desktop_;
+};
+
+}  // namespace gf::test
