@@ -4,6 +4,7 @@
 #include <QWidget>
 #include <chrono>
 #include <memory>
+#include <optional>
 
 #include "model/Settings.h"
 #include "platform/Platform.h"
@@ -14,13 +15,17 @@ namespace gf {
 class AppWindow;
 class AutoRaiseManager;
 class EventTapManager;
+class TaskbarPresence;
 class UiFactory;
 class UpdateController;
 
 // The one application-wide state: owns the engine's two managers and the
 // update controller, decides at start-up between the setup wizard and the
 // engine, polls until input can be observed, and creates the Settings and
-// wizard windows on demand. Lives on the main thread.
+// wizard windows on demand. It follows changes of isEnabled (restarting the
+// event tap), autoRaiseEnabled (restarting auto raise) and showInDock (the
+// taskbar policy); values it was constructed with cause no reaction. Lives on
+// the main thread.
 class AppState : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool hasPermission READ hasPermission NOTIFY hasPermissionChanged)
@@ -44,6 +49,9 @@ class AppState : public QObject {
     AutoRaiseManager& autoRaiseManager() { return *autoRaiseManager_; }
     UpdateController& updaterController() { return *updaterController_; }
     UiFactory& uiFactory() { return ui_; }
+    // Where the taskbar policy is carried out; without one it is only recorded.
+    // Not owned; must outlive this object or be reset to nullptr.
+    void setTaskbarPresence(TaskbarPresence* presence);
 
     // The start-up decision: the wizard on first run, otherwise the engine,
     // the poll when input cannot be observed, the taskbar policy, and the
@@ -66,15 +74,17 @@ class AppState : public QObject {
     QWidget* settingsWindow() const;
     QWidget* setupWizardWindow() const;
     bool isPollingPermission() const;
+    // The taskbar policy last applied; empty before setup applied one.
+    std::optional<bool> listedInTaskbar() const { return listedInTaskbar_; }
 
   signals:
     void hasPermissionChanged(bool value);
 
   private:
+    void observeSettings();
     void setHasPermission(bool value);
     void startPermissionPoll();
-    std::unique_ptr<AppWindow> makeSettingsWindow();
-    std::unique_ptr<AppWindow> makeSetupWizardWindow();
+    void applyTaskbarPolicy(AppWindow& window);
 
     bool hasPermission_ = false;
     Settings& settings_;
@@ -86,6 +96,8 @@ class AppState : public QObject {
     std::unique_ptr<AppWindow> settingsWindow_;
     std::unique_ptr<AppWindow> setupWizardWindow_;
     std::unique_ptr<UpdateController> updaterController_;
+    TaskbarPresence* taskbarPresence_ = nullptr;
+    std::optional<bool> listedInTaskbar_;
 };
 
 }  // namespace gf

@@ -1,23 +1,17 @@
 #pragma once
 
+#include <QMessageBox>
 #include <QObject>
 #include <QString>
 #include <QUrl>
 #include <memory>
 
+#include "app/AppcastParser.h"
+
 class QNetworkAccessManager;
 class QNetworkReply;
-class QWidget;
 
 namespace gf {
-
-// The newest release a feed announces.
-struct AppcastItem {
-    QString version;             // the build version compared against ours
-    QString shortVersionString;  // the version shown to people
-    QUrl downloadUrl;            // the enclosure
-    QUrl releaseNotesUrl;        // may be empty
-};
 
 // The outcome of one update check.
 struct UpdateCheckResult {
@@ -29,43 +23,52 @@ struct UpdateCheckResult {
 
 // Behind "Check for Updates...": fetches the release feed in the background,
 // compares its newest release with this build and tells the user in a dialog.
+// The feed's sparkle:version is compared with this build's version.
 class UpdateController : public QObject {
     Q_OBJECT
 
   public:
-    // The feed this build checks: $GLIMMERFOLD_APPCAST_URL when set, else the
-    // one configured at build time.
+    // $GLIMMERFOLD_APPCAST_URL when set, else the feed configured at build time.
     static QUrl defaultFeedUrl();
+    // Feeds and the pages they point to are fetched or opened only over HTTPS,
+    // except on this machine's loopback interface (for tests and staging).
+    static bool isAcceptableUrl(const QUrl& url);
 
     UpdateController(QUrl feedUrl, QString currentVersion, QObject* parent = nullptr);
     ~UpdateController() override;
 
-    // Starts a check whose result is shown in a dialog; returns at once.
+    // Starts a check whose result is shown in a dialog; returns at once. A
+    // check already running is not started again, only its result shown.
     void checkForUpdates();
     // Starts a check whose result only goes to checkFinished.
     void checkInBackground();
-    bool isChecking() const;
+    bool isChecking() const { return pendingReply_ != nullptr; }
 
     QUrl feedUrl() const { return feedUrl_; }
     QString currentVersion() const { return currentVersion_; }
-    // Tests and automation answer dialogs themselves.
-    void setShowsDialogs(bool shows) { showsDialogs_ = shows; }
+
+    // The dialog of the last check that showed one; nullptr before.
+    QMessageBox* resultDialog() const { return dialog_.get(); }
+    // The page the dialog's download button opens for a newer release.
+    static QUrl downloadPageOf(const AppcastItem& item);
 
   signals:
     void checkFinished(const gf::UpdateCheckResult& result);
 
   private:
     void startCheck(bool showResult);
-    void handleReply(QNetworkReply* reply);
+    void handleReply();
+    UpdateCheckResult resultOfReply(QNetworkReply& reply) const;
+    UpdateCheckResult resultOfFeed(const QByteArray& feed) const;
     void finish(const UpdateCheckResult& result);
     void showResultDialog(const UpdateCheckResult& result);
 
     QUrl feedUrl_;
     QString currentVersion_;
     std::unique_ptr<QNetworkAccessManager> network_;
-    QNetworkReply* pendingReply_ = nullptr;  // owned by network_ until it finishes
+    std::unique_ptr<QNetworkReply> pendingReply_;
     bool showResultOfPendingCheck_ = false;
-    bool showsDialogs_ = true;
+    std::unique_ptr<QMessageBox> dialog_;
 };
 
 }  // namespace gf

@@ -1,0 +1,40 @@
+#include "app/GlimmerfoldApp.h"
+
+#include <QApplication>
+#include <QTimer>
+
+#include "app/AppDelegate.h"
+#include "app/AppState.h"
+#include "app/TrayItem.h"
+#include "app/X11TaskbarPresence.h"
+#include "platform/QtMainThreadScheduler.h"
+#include "platform/ThreadSerialQueueFactory.h"
+#include "platform/x11/X11Platform.h"
+
+namespace gf {
+
+GlimmerfoldApp::GlimmerfoldApp(Settings& settings, UiFactory& ui, X11Platform& x11)
+    : settings_(settings),
+      mainThread_(std::make_unique<QtMainThreadScheduler>()),
+      queues_(std::make_unique<ThreadSerialQueueFactory>()),
+      platform_(x11.platform(*mainThread_, *queues_)),
+      taskbarPresence_(X11TaskbarPresence::connect(nullptr)),
+      appState_(std::make_unique<AppState>(settings_, platform_, ui)),
+      trayItem_(std::make_unique<TrayItem>(settings_, *appState_, ui)),
+      delegate_(std::make_unique<AppDelegate>(*appState_, &TrayItem::isTrayAvailable)) {
+    appState_->setTaskbarPresence(taskbarPresence_.get());
+    x11.setConnectionLostHandler([] { QCoreApplication::exit(1); });
+    connect(qApp, &QCoreApplication::aboutToQuit, this,
+            [this] { delegate_->applicationWillTerminate(); });
+}
+
+GlimmerfoldApp::~GlimmerfoldApp() {
+    appState_->setTaskbarPresence(nullptr);
+}
+
+int GlimmerfoldApp::run() {
+    QTimer::singleShot(0, this, [this] { delegate_->applicationDidFinishLaunching(); });
+    return QApplication::exec();
+}
+
+}  // namespace gf

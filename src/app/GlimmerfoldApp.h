@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QObject>
+#include <memory>
+
+#include "model/Settings.h"
+#include "platform/Platform.h"
+
+namespace gf {
+
+class AppDelegate;
+class AppState;
+class QtMainThreadScheduler;
+class ThreadSerialQueueFactory;
+class TaskbarPresence;
+class TrayItem;
+class UiFactory;
+class X11Platform;
+
+// The running program: the X11 desktop services with real timers and queues,
+// the application state, the tray item and the delegate, wired together.
+// Create it after the QApplication, on the main thread.
+class GlimmerfoldApp : public QObject {
+    Q_OBJECT
+
+  public:
+    GlimmerfoldApp(Settings& settings, UiFactory& ui, X11Platform& x11);
+    ~GlimmerfoldApp() override;
+
+    // Runs the event loop until the program quits; the exit code.
+    int run();
+
+    AppState& appState() { return *appState_; }
+    TrayItem& trayItem() { return *trayItem_; }
+
+  private:
+    Settings& settings_;
+    std::unique_ptr<QtMainThreadScheduler> mainThread_;
+    std::unique_ptr<ThreadSerialQueueFactory> queues_;
+    Platform platform_;
+    std::unique_ptr<TaskbarPresence> taskbarPresence_;
+    std::unique_ptr<AppState> appState_;
+    std::unique_ptr<TrayItem> trayItem_;
+    std::unique_ptr<AppDelegate> delegate_;
+};
+
+}  // namespace gf

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <memory>
+
+#include "app/TaskbarPresence.h"
+
+namespace gf {
+
+class X11TaskbarHint;
+
+// Carries out the taskbar policy on an X display.
+class X11TaskbarPresence final : public TaskbarPresence {
+  public:
+    // nullptr (with a line on standard error) when the display cannot be reached.
+    static std::unique_ptr<X11TaskbarPresence> connect(const char* displayName);
+
+    explicit X11TaskbarPresence(std::unique_ptr<X11TaskbarHint> hint);
+    ~X11TaskbarPresence() override;
+
+    void setListedInTaskbar(QWidget& window, bool listed) override;
+
+  private:
+    std::unique_ptr<X11TaskbarHint> hint_;
+};
+
+}  // namespace gf
