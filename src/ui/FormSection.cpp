@@ -1,0 +1,24 @@
+#include "ui/FormSection.h"
+
+#include <QHBoxLayout>
+
+namespace gf {
+
+FormSection::FormSection(const QString& title, QWidget* parent) : QGroupBox(title, parent) {
+    auto rows = std::make_unique<QVBoxLayout>();
+    rows->setSpacing(8);
+    rows_ = rows.get();
+    setLayout(rows.release());
+}
+
+void FormSection::addCaptionedRow(const QString& caption, std::unique_ptr<QWidget> control) {
+    auto row = std::make_unique<QWidget>();
+    auto layout = std::make_unique<QHBoxLayout>();
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(std::make_unique<QLabel>(caption).release(), 0, Qt::AlignVCenter);
+    layout->addWidget(control.release(), 1, Qt::AlignVCenter);
+    row->setLayout(layout.release());
+    rows_->addWidget(row.release());
+}
+
+}  // namespace gf

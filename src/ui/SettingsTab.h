@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QIcon>
+#include <QString>
+#include <array>
+#include <optional>
+
+namespace gf {
+
+// The tabs of the Settings window, in sidebar order; each is known by its title.
+enum class SettingsTab { general, magnetics, ignoreList, about };
+
+inline constexpr std::array<SettingsTab, 4> allSettingsTabs{
+    SettingsTab::general, SettingsTab::magnetics, SettingsTab::ignoreList, SettingsTab::about};
+
+// "General", "Magnetics", "Ignore List", "About".
+QString titleOf(SettingsTab tab);
+// The tab with this exact title; nullopt for any other text.
+std::optional<SettingsTab> settingsTabFromTitle(const QString& title);
+// The tab's sidebar icon.
+QIcon iconOf(SettingsTab tab);
+
+}  // namespace gf
