@@ -1,0 +1,192 @@
+#include <QPointer>
+#include <QSignalSpy>
+
+#include "UiTestFixture.h"
+#include "ui/ApplicationRow.h"
+#include "ui/IgnoreListEdits.h"
+#include "ui/IgnoreListSettingsView.h"
+#include "ui/RunningAppsPicker.h"
+
+namespace gf::test {
+namespace {
+
+using Entries = std::vector<IgnoreListEntry>;
+
+RunningApplication app(std::int32_t pid, std::optional<std::string> identifier,
+                       std::optional<std::string> name, bool regular = true) {
+    RunningApplication application;
+    application.pid = pid;
+    application.identifier = std::move(identifier);
+    application.displayName = std::move(name);
+    application.isRegular = regular;
+    return application;
+}
+
+// A 2 x 2 opaque red icon, as an application publishes it in its window property.
+ApplicationIcon pixelIcon() {
+    ApplicationIcon icon;
+    icon.width = 2;
+    icon.height = 2;
+    icon.argb.assign(4, 0xFFFF0000u);
+    return icon;
+}
+
+std::vector<std::string> namesOf(const std::vector<RunningApplication>& applications) {
+    std::vector<std::string> names;
+    for (const RunningApplication& application : applications) {
+        names.push_back(application.displayName.value_or("<none>"));
+    }
+    return names;
+}
+
+TEST(IgnoreCandidatesTest, OffersOrdinaryApplicationsWithAnIdentifierSortedByCodePoints) {
+    const auto candidates = ignoreCandidates({
+        app(1, "org.apple", "apple"),
+        app(2, "org.zed", "Zed"),
+        app(3, std::nullopt, "No Identifier"),
+        app(4, "org.panel", "Panel", false),
+        app(5, "org.nameless", std::nullopt),
+        app(6, "org.emoji", "\U0001F600 Smile"),  // outside the basic plane
+        app(7, "org.ligature", "\uFB01le"),       // U+FB01: above the surrogates in UTF-16
+        app(8, "", "Empty Identifier"),
+    });
+    // Upper case before lower case, a missing name as the empty string first, and U+1F600 after
+    // U+FB01 although its UTF-16 surrogates would sort before it.
+    EXPECT_EQ(namesOf(candidates),
+              (std::vector<std::string>{"<none>", "Zed", "apple", "\uFB01le", "\U0001F600 Smile"}));
+}
+
+TEST(IgnoreCandidatesTest, ComparesCanonicallyEquivalentNamesAsEqualAndKeepsTheirOrder) {
+    const auto candidates = ignoreCandidates({
+        app(1, "org.decomposed", "Cafe\u0301 B"),
+        app(2, "org.composed", "Caf\u00E9 A"),
+        app(3, "org.second", "Caf\u00E9 B"),
+    });
+    ASSERT_EQ(candidates.size(), 3u);
+    EXPECT_EQ(candidates[0].identifier, "org.composed");
+    EXPECT_EQ(candidates[1].identifier, "org.decomposed");  // equal to org.second, came first
+    EXPECT_EQ(candidates[2].identifier, "org.second");
+}
+
+TEST(IgnoreListEditsTest, AddsOnceNamedByDisplayNameOrIdentifierAndRemovesEveryCopy) {
+    Entries list;
+    list = addingToIgnoreList(list, app(1, "org.gimp", "GIMP"));
+    list = addingToIgnoreList(list, app(2, "org.gimp", "GIMP"));  // a second instance
+    list = addingToIgnoreList(list, app(3, "org.nameless", std::nullopt));
+    list = addingToIgnoreList(list, app(4, std::nullopt, "Anonymous"));
+    EXPECT_EQ(list, (Entries{{"org.gimp", "GIMP"}, {"org.nameless", "org.nameless"}}));
+
+    const Entries stored{{"a", "A"}, {"b", "B"}, {"a", "A again"}, {"c", "C"}};
+    EXPECT_EQ(removingFromIgnoreList(stored, "a"), (Entries{{"b", "B"}, {"c", "C"}}));
+}
+
+class IgnoreListViewTest : public UiTest {
+  protected:
+    IgnoreListSettingsView& view() {
+        if (view_ == nullptr) {
+            view_ = std::make_unique<IgnoreListSettingsView>(settings(), desktop().windows());
+        }
+        return *view_;
+    }
+
+    RunningAppsPicker& openPicker() {
+        view().addButton().click();
+        RunningAppsPicker* picker = view().appPicker();
+        EXPECT_NE(picker, nullptr);
+        return *picker;
+    }
+
+    ApplicationRow& rowOf(int index) {
+        return *qobject_cast<ApplicationRow*>(view().list().itemWidget(view().list().item(index)));
+    }
+
+    std::unique_ptr<IgnoreListSettingsView> view_;
+};
+
+TEST_F(IgnoreListViewTest, PickerListsRunningApplicationsAndAddsTheChosenOneAtTheEnd) {
+    settings().setIgnoreList({{"org.first", "First"}});
+    desktop().addApplication(app(10, "org.zed", "Zed"));
+    desktop().addApplication(app(11, "org.apple", "apple"));
+    desktop().addApplication(app(12, "org.nameless", std::nullopt));
+    desktop().addApplication(app(13, "org.tray", "Tray Helper", false));
+
+    RunningAppsPicker& picker = openPicker();
+    EXPECT_TRUE(picker.isVisible());
+    EXPECT_EQ(picker.windowModality(), Qt::WindowModal);
+    ASSERT_EQ(picker.candidates().size(), 3u);
+    EXPECT_EQ(picker.rowButton(0).accessibleName(), QStringLiteral("Unknown"));
+    EXPECT_EQ(picker.rowButton(1).accessibleName(), QStringLiteral("Zed"));
+    EXPECT_EQ(picker.rowButton(2).accessibleName(), QStringLiteral("apple"));
+
+    QPointer<RunningAppsPicker> sheet(&picker);
+    QSignalSpy changes(&settings(), &Settings::ignoreListChanged);
+    picker.rowButton(0).click();
+    processEvents();
+    EXPECT_TRUE(sheet.isNull());
+    EXPECT_EQ(view().appPicker(), nullptr);
+    EXPECT_EQ(changes.count(), 1);
+    EXPECT_EQ(settings().ignoreList(),
+              (Entries{{"org.first", "First"}, {"org.nameless", "org.nameless"}}));
+    ASSERT_EQ(view().list().count(), 2);
+    EXPECT_EQ(rowOf(1).nameLabel().text(), QStringLiteral("org.nameless"));
+    EXPECT_EQ(rowOf(1).identifierLabel().text(), QStringLiteral("org.nameless"));
+}
+
+TEST_F(IgnoreListViewTest, ChoosingAnIgnoredApplicationOrCancellingClosesTheSheetUnchanged) {
+    settings().setIgnoreList({{"org.zed", "Zed"}});
+    desktop().addApplication(app(10, "org.zed", "Zed"));
+    desktop().addApplication(app(11, "org.zed", "Zed"));  // two instances: two rows
+
+    RunningAppsPicker& picker = openPicker();
+    ASSERT_EQ(picker.candidates().size(), 2u);
+    QSignalSpy changes(&settings(), &Settings::ignoreListChanged);
+    picker.rowButton(1).click();
+    processEvents();
+    EXPECT_EQ(view().appPicker(), nullptr);
+
+    openPicker().cancelButton().click();
+    processEvents();
+    EXPECT_EQ(view().appPicker(), nullptr);
+    EXPECT_EQ(changes.count(), 0);
+    EXPECT_EQ(settings().ignoreList(), (Entries{{"org.zed", "Zed"}}));
+}
+
+TEST_F(IgnoreListViewTest, MinusRemovesEveryEntryWithTheSelectedIdentifierAndClearsTheSelection) {
+    settings().setIgnoreList({{"a", "A"}, {"b", "B"}, {"a", "A"}, {"c", "C"}});
+    EXPECT_FALSE(view().removeButton().isEnabled());
+    EXPECT_GE(view().list().minimumHeight(), 200);
+
+    view().list().setCurrentRow(2);
+    ASSERT_TRUE(view().selectedEntry().has_value());
+    EXPECT_EQ(view().selectedEntry()->bundleIdentifier, "a");
+    EXPECT_TRUE(view().removeButton().isEnabled());
+
+    view().removeButton().click();
+    EXPECT_EQ(settings().ignoreList(), (Entries{{"b", "B"}, {"c", "C"}}));
+    EXPECT_FALSE(view().selectedEntry().has_value());
+    EXPECT_FALSE(view().removeButton().isEnabled());
+    EXPECT_EQ(view().list().count(), 2);
+    EXPECT_TRUE(view().list().selectedItems().isEmpty());
+}
+
+TEST_F(IgnoreListViewTest, RowsKeepTheStoredOrderAndShowIconsOnlyForInstalledApplications) {
+    desktop().windows().installApplication("org.installed", pixelIcon());
+    settings().setIgnoreList({{"org.zzz", "Zzz"}, {"org.installed", "Installed"}});
+    ASSERT_EQ(view().list().count(), 2);
+    EXPECT_EQ(rowOf(0).nameLabel().text(), QStringLiteral("Zzz"));
+    EXPECT_EQ(rowOf(0).iconLabel(), nullptr);
+    ASSERT_NE(rowOf(1).iconLabel(), nullptr);
+    EXPECT_EQ(rowOf(1).iconLabel()->pixmap().toImage().pixel(0, 0), 0xFFFF0000u);
+
+    // A change made elsewhere shows at once, keeping a selection that is still there.
+    view().list().setCurrentRow(1);
+    settings().setIgnoreList(
+        {{"org.new", "New"}, {"org.zzz", "Zzz"}, {"org.installed", "Installed"}});
+    EXPECT_EQ(view().list().count(), 3);
+    ASSERT_TRUE(view().selectedEntry().has_value());
+    EXPECT_EQ(view().selectedEntry()->bundleIdentifier, "org.installed");
+    EXPECT_EQ(view().list().currentRow(), 2);
+}
+
+}  // namespace
+}  // namespace gf::test

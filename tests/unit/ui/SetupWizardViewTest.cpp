@@ -1,0 +1,162 @@
+#include <QPointer>
+
+#include "UiTestFixture.h"
+#include "ui/ModifierKeyPicker.h"
+#include "ui/PermissionsStepContent.h"
+#include "ui/SetupWizardView.h"
+
+namespace gf::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+class SetupWizardViewTest : public UiTest {
+  protected:
+    SetupWizardView& wizard() {
+        if (wizard_ == nullptr) {
+            wizard_ = std::make_unique<SetupWizardView>(settings(), appState());
+            wizard_->show();
+        }
+        return *wizard_;
+    }
+
+    WizardPage& page() { return *qobject_cast<WizardPage*>(&wizard().page()); }
+
+    PermissionsStepContent& permissionsPage() {
+        if (wizard().step() == 0) {
+            page().button().click();
+        }
+        auto* permissions = qobject_cast<PermissionsStepContent*>(&wizard().page());
+        EXPECT_NE(permissions, nullptr);
+        return *permissions;
+    }
+
+    void setGrants(bool accessibility, bool inputMonitoring) {
+        desktop().grants().setAccessibilityGranted(accessibility);
+        desktop().grants().setInputMonitoringGranted(inputMonitoring);
+    }
+
+    std::unique_ptr<SetupWizardView> wizard_;
+};
+
+TEST_F(SetupWizardViewTest, WalksForwardThroughTheFourPages) {
+    EXPECT_EQ(wizard().size(), QSize(500, 400));
+    EXPECT_EQ(wizard().step(), 0);
+    EXPECT_EQ(page().titleLabel().text(), QStringLiteral("Welcome to Glimmerfold"));
+    EXPECT_EQ(page().button().text(), QStringLiteral("Get Started"));
+    page().button().click();
+    EXPECT_EQ(wizard().step(), 1);
+    EXPECT_EQ(page().button().text(), QStringLiteral("Continue"));
+    page().button().click();  // both grants are there on the fake desktop
+    EXPECT_EQ(wizard().step(), 2);
+    EXPECT_EQ(page().titleLabel().text(), QStringLiteral("Configure Shortcuts"));
+    const QList<ModifierKeyPicker*> pickers = page().findChildren<ModifierKeyPicker*>();
+    ASSERT_EQ(pickers.size(), 2);
+    EXPECT_EQ(pickers[0]->label().text(), QStringLiteral("Move:"));
+    EXPECT_EQ(pickers[1]->label().text(), QStringLiteral("Resize:"));
+    pickers[0]->checkBox(ModifierKey::control()).click();
+    pickers[0]->checkBox(ModifierKey::command()).click();
+    EXPECT_TRUE(settings().moveModifiers().isEmpty());  // accepted as it is
+    page().button().click();
+    EXPECT_EQ(wizard().step(), 3);
+    EXPECT_EQ(page().titleLabel().text(), QStringLiteral("You're all set!"));
+    EXPECT_EQ(page().button().text(), QStringLiteral("Finish"));
+}
+
+TEST_F(SetupWizardViewTest, ContinueWorksOnlyWithBothGrantsWhichThePollPicksUp) {
+    setGrants(false, false);
+    PermissionsStepContent& permissions = permissionsPage();
+    EXPECT_EQ(permissions.titleLabel().text(), QStringLiteral("Grant Permissions"));
+    EXPECT_FALSE(permissions.button().isEnabled());
+    EXPECT_TRUE(permissions.accessibilityRow().isVisible());
+    EXPECT_TRUE(permissions.accessibilityRow().grantButton().isEnabled());
+
+    // Accessibility is given; the page notices at the next tick, not before.
+    setGrants(true, false);
+    desktop().advance(1900ms);
+    EXPECT_FALSE(permissions.accessibilityRow().isGranted());
+    desktop().advance(100ms);
+    EXPECT_TRUE(permissions.accessibilityRow().isGranted());
+    EXPECT_FALSE(permissions.accessibilityRow().grantButton().isEnabled());
+    EXPECT_FALSE(permissions.button().isEnabled());
+
+    setGrants(true, true);
+    desktop().advance(2s);
+    EXPECT_TRUE(permissions.button().isEnabled());
+    EXPECT_EQ(permissions.titleLabel().text(), QStringLiteral("Permissions Granted!"));
+    EXPECT_FALSE(permissions.accessibilityRow().isVisible());
+
+    // A grant taken back switches the page back.
+    setGrants(true, false);
+    desktop().advance(2s);
+    EXPECT_FALSE(permissions.button().isEnabled());
+    EXPECT_EQ(permissions.titleLabel().text(), QStringLiteral("Grant Permissions"));
+}
+
+TEST_F(SetupWizardViewTest, GrantAccessOnlyAsksTheDesktop) {
+    setGrants(false, false);
+    PermissionsStepContent& permissions = permissionsPage();
+    FakeGrants& grants = desktop().grants();
+    permissions.accessibilityRow().grantButton().click();
+    EXPECT_EQ(grants.accessibilityRequests(), 1);
+    const int inputRequests = grants.inputMonitoringRequests();
+    permissions.inputMonitoringRow().grantButton().click();
+    EXPECT_EQ(grants.accessibilityRequests(), 1);
+    EXPECT_EQ(grants.inputMonitoringRequests(), inputRequests + 1);
+    EXPECT_GE(grants.whereToGrantShown(), 1);
+    // Granted or not, the rows change only when the poll looks again.
+    grants.setAccessibilityGranted(true);
+    permissions.accessibilityRow().grantButton().click();
+    EXPECT_FALSE(permissions.accessibilityRow().isGranted());
+}
+
+TEST_F(SetupWizardViewTest, PollRunsExactlyWhileThePermissionsPageIsShown) {
+    EXPECT_EQ(desktop().timeline().scheduledCount(), 0u);
+    PermissionsStepContent& permissions = permissionsPage();
+    EXPECT_TRUE(permissions.isPolling());
+    EXPECT_EQ(desktop().timeline().scheduledCount(), 1u);
+
+    wizard().hide();  // the window went away
+    EXPECT_FALSE(permissions.isPolling());
+    EXPECT_EQ(desktop().timeline().scheduledCount(), 0u);
+    wizard().show();
+    EXPECT_TRUE(permissions.isPolling());
+
+    permissions.button().click();
+    EXPECT_EQ(wizard().step(), 2);
+    EXPECT_EQ(desktop().timeline().scheduledCount(), 0u);
+}
+
+TEST_F(SetupWizardViewTest, PermissionsAlreadyGrantedShowTheGrantedPageAtOnce) {
+    PermissionsStepContent& permissions = permissionsPage();
+    EXPECT_EQ(permissions.titleLabel().text(), QStringLiteral("Permissions Granted!"));
+    EXPECT_TRUE(permissions.button().isEnabled());
+}
+
+TEST_F(SetupWizardViewTest, FinishRecordsSetupClosesTheWizardAndStartsTheEngine) {
+    settings().setShowMenuBarIcon(false);
+    appState().setup();  // first run: the wizard window
+    QPointer<QWidget> window = appState().setupWizardWindow();
+    ASSERT_FALSE(window.isNull());
+    auto* view = window->findChild<SetupWizardView*>();
+    ASSERT_NE(view, nullptr);
+    EXPECT_FALSE(desktop().hasEventTap());
+
+    for (int step = 0; step < 3; ++step) {
+        qobject_cast<WizardPage*>(&view->page())->button().click();
+    }
+    ASSERT_EQ(view->step(), 3);
+    qobject_cast<WizardPage*>(&view->page())->button().click();
+
+    EXPECT_TRUE(settings().hasCompletedSetup());
+    EXPECT_EQ(appState().setupWizardWindow(), nullptr);
+    EXPECT_TRUE(desktop().hasEventTap());
+    EXPECT_TRUE(appState().hasPermission());
+    // With the tray item hidden, the normal path opens Settings.
+    EXPECT_NE(appState().settingsWindow(), nullptr);
+    processEvents();
+    EXPECT_TRUE(window.isNull());
+}
+
+}  // namespace
+}  // namespace gf::test
