@@ -238,7 +238,11 @@ void X11InputService::handleEvent(const xcb_generic_event_t& event) {
             deliverPendingMotion();
             deliverFlagsChanged(keyboardEvent.mods);
         } else if (keyboardEvent.xkbType == XCB_XKB_NEW_KEYBOARD_NOTIFY) {
-            interruptTaps();
+            // Sent whenever the user switches to another physical keyboard (or
+            // XTest types), while the selection on the core keyboard stays in
+            // place. Selecting again covers a keyboard that really is new
+            // without interrupting the stream on every switch.
+            updateSelections(true);
         }
         return;
     }

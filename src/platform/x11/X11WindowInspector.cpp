@@ -516,13 +516,13 @@ std::optional<std::vector<xcb_window_t>> X11WindowInspector::clientList() const 
 }
 
 std::vector<xcb_window_t> X11WindowInspector::applicationWindows() const {
-    if (auto clients = clientList()) {
-        return *clients;
-    }
-    std::vector<xcb_window_t> windows;
+    std::vector<xcb_window_t> windows = clientList().value_or(std::vector<xcb_window_t>{});
+    // The manager publishes its list a little after it takes a window over,
+    // so mapped clients it has not listed yet are added.
     if (auto stacked = stackedWindows()) {
         for (const StackedWindow& window : *stacked) {
-            if (!window.overrideRedirect) {
+            if (!window.overrideRedirect &&
+                std::find(windows.begin(), windows.end(), window.client) == windows.end()) {
                 windows.push_back(window.client);
             }
         }

@@ -69,8 +69,8 @@ class X11WindowInspector {
     // The managed windows in mapping order (_NET_CLIENT_LIST); nullopt without
     // a window manager that publishes the list.
     std::optional<std::vector<xcb_window_t>> clientList() const;
-    // Every application window: the client list, or the mapped top-level
-    // windows when there is none.
+    // Every application window: the client list in mapping order, then the
+    // mapped clients it does not name (yet).
     std::vector<xcb_window_t> applicationWindows() const;
 
     // The root window's rectangle: the whole screen, which RandR may resize.

@@ -125,8 +125,7 @@ bool ChildProcess::reap(bool block) {
     if (reaped_) {
         return true;
     }
-    int status = 0;
-    const pid_t result = waitpid(pid_, &status, block ? 0 : WNOHANG);
+    const pid_t result = waitpid(pid_, &status_, block ? 0 : WNOHANG);
     if (result == pid_ || (result < 0 && errno == ECHILD)) {
         reaped_ = true;
     }
@@ -135,6 +134,20 @@ bool ChildProcess::reap(bool block) {
 
 bool ChildProcess::isRunning() {
     return !reap(false);
+}
+
+std::optional<int> ChildProcess::waitForExit(std::chrono::milliseconds timeout) {
+    const auto deadline = std::chrono::steady_clock::now() + timeout;
+    while (!reap(false)) {
+        if (std::chrono::steady_clock::now() >= deadline) {
+            return std::nullopt;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    if (!WIFEXITED(status_)) {
+        return std::nullopt;
+    }
+    return WEXITSTATUS(status_);
 }
 
 void ChildProcess::terminate(std::chrono::milliseconds grace) {

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -33,6 +34,10 @@ class ChildProcess {
     pid_t pid() const { return pid_; }
     bool isRunning();
 
+    // The exit status once the child has ended by itself; nullopt when it is
+    // still running at the timeout or was killed by a signal.
+    std::optional<int> waitForExit(std::chrono::milliseconds timeout);
+
     // SIGTERM, then SIGKILL once the grace period is over; returns when the
     // child has been reaped.
     void terminate(std::chrono::milliseconds grace = std::chrono::milliseconds(2000));
@@ -42,6 +47,7 @@ class ChildProcess {
 
     pid_t pid_;
     bool reaped_ = false;
+    int status_ = 0;
 };
 
 }  // namespace gf::test

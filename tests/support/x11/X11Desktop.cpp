@@ -178,6 +178,10 @@ bool X11Desktop::startWindowManager(std::string* error) {
     openbox.environment = clientEnvironment();
     openbox.environment.emplace_back("XDG_CONFIG_HOME", (directory_ / "config").string());
     openbox.environment.emplace_back("XDG_CACHE_HOME", (directory_ / "cache").string());
+    // Its theme comes from the system's data directories, whatever a test
+    // points the variables at for its own purposes.
+    openbox.environment.emplace_back("XDG_DATA_HOME", (directory_ / "data").string());
+    openbox.environment.emplace_back("XDG_DATA_DIRS", "/usr/local/share:/usr/share");
     openbox.outputFile = (directory_ / "openbox.log").string();
     windowManager_ = ChildProcess::start(openbox, error);
     if (!windowManager_) {
@@ -214,6 +218,12 @@ bool X11Desktop::waitUntilManaging() {
         waitUntil([&] { return !probe_->exists(probeWindow) && !probe_->activeWindow(); }, 1000ms);
     }
     return managed;
+}
+
+void X11Desktop::killServer() {
+    clients_.clear();
+    windowManager_.reset();
+    server_->terminate(0ms);
 }
 
 std::vector<std::pair<std::string, std::string>> X11Desktop::clientEnvironment() const {
@@ -377,7 +387,7 @@ void X11Desktop::destroyWindow(WindowId window) {
     input_->sync();
 }
 
-void X11Desktop::setMonitors(const std::vector<Rect>& monitors) {
+void X11Desktop::setMonitors(const std::vector<Rect>& monitors, std::size_t primary) {
     xcb_connection_t* c = connection_.get();
     auto resources = xcbReply(c, xcb_randr_get_screen_resources_current_reply,
                               xcb_randr_get_screen_resources_current(c, root_));
@@ -386,37 +396,59 @@ void X11Desktop::setMonitors(const std::vector<Rect>& monitors) {
     }
     const xcb_randr_output_t output =
         *xcb_randr_get_screen_resources_current_outputs(resources.get());
+    auto outputInfo = xcbReply(c, xcb_randr_get_output_info_reply,
+                               xcb_randr_get_output_info(c, output, resources->config_timestamp));
+    if (!outputInfo) {
+        throw std::runtime_error("cannot read the RandR output");
+    }
+    const std::string outputName(
+        reinterpret_cast<const char*>(xcb_randr_get_output_info_name(outputInfo.get())),
+        static_cast<std::size_t>(xcb_randr_get_output_info_name_length(outputInfo.get())));
 
-    // Monitors set earlier go first; the automatic one disappears once the
-    // output belongs to a monitor of our own.
+    // xrandr does what libxcb-randr's SetMonitor cannot (it sends a malformed
+    // request). Monitors set earlier go first; the automatic monitor of the
+    // output disappears once the output belongs to the first new monitor.
+    std::vector<std::string> arguments{"xrandr"};
     if (auto existing =
             xcbReply(c, xcb_randr_get_monitors_reply, xcb_randr_get_monitors(c, root_, 0))) {
         for (auto it = xcb_randr_get_monitors_monitors_iterator(existing.get()); it.rem > 0;
              xcb_randr_monitor_info_next(&it)) {
             if (it.data->automatic == 0) {
-                xcb_randr_delete_monitor(c, root_, it.data->name);
+                auto name =
+                    xcbReply(c, xcb_get_atom_name_reply, xcb_get_atom_name(c, it.data->name));
+                if (name) {
+                    arguments.insert(arguments.end(),
+                                     {"--delmonitor",
+                                      std::string(xcb_get_atom_name_name(name.get()),
+                                                  static_cast<std::size_t>(
+                                                      xcb_get_atom_name_name_length(name.get())))});
+                }
             }
         }
     }
     for (std::size_t i = 0; i < monitors.size(); ++i) {
-        // The request carries the monitor and then its outputs.
-        struct MonitorWithOutput {
-            xcb_randr_monitor_info_t info;
-            xcb_randr_output_t output;
-        } monitor{};
-        monitor.info.name = probe_->atom("GLIMMERFOLD-" + std::to_string(i));
-        monitor.info.primary = i == 0 ? 1 : 0;
-        monitor.info.nOutput = i == 0 ? 1 : 0;
-        monitor.info.x = static_cast<std::int16_t>(monitors[i].x);
-        monitor.info.y = static_cast<std::int16_t>(monitors[i].y);
-        monitor.info.width = static_cast<std::uint16_t>(monitors[i].width);
-        monitor.info.height = static_cast<std::uint16_t>(monitors[i].height);
-        monitor.info.width_in_millimeters = static_cast<std::uint32_t>(monitors[i].width / 4);
-        monitor.info.height_in_millimeters = static_cast<std::uint32_t>(monitors[i].height / 4);
-        monitor.output = output;
-        if (!xcbSucceeded(c, xcb_randr_set_monitor_checked(c, root_, &monitor.info))) {
-            throw std::runtime_error("the server refused a RandR monitor");
-        }
+        const Rect& m = monitors[i];
+        auto pixels = [](double value) { return std::to_string(static_cast<int>(value)); };
+        // Width/millimetres x height/millimetres + x + y, at about 96 dots per inch.
+        const std::string geometry = pixels(m.width) + "/" + pixels(m.width / 4) + "x" +
+                                     pixels(m.height) + "/" + pixels(m.height / 4) + "+" +
+                                     pixels(m.x) + "+" + pixels(m.y);
+        const std::string name =
+            (i == primary ? "*" : "") + std::string("GLIMMERFOLD-") + std::to_string(i);
+        arguments.insert(arguments.end(),
+                         {"--setmonitor", name, geometry, i == 0 ? outputName : "none"});
+    }
+    ChildProcess::Options options;
+    options.arguments = arguments;
+    options.environment = clientEnvironment();
+    options.outputFile = (directory_ / "xrandr.log").string();
+    std::string error;
+    auto xrandr = ChildProcess::start(options, &error);
+    if (!xrandr) {
+        throw std::runtime_error(error);
+    }
+    if (xrandr->waitForExit(kWindowTimeout) != 0) {
+        throw std::runtime_error("xrandr failed:\n" + tail(options.outputFile, 5));
     }
     if (probe_->monitors().size() != monitors.size()) {
         throw std::runtime_error("the server lists other monitors than those set");

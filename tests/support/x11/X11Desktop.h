@@ -91,9 +91,13 @@ class X11Desktop {
     WindowId createDock(int x, int y, int width, int height, const StrutPartial& strut);
     void destroyWindow(WindowId window);
 
-    // Replaces the RandR monitors by these rectangles (root coordinates), the
-    // first one primary. The screen must be large enough to hold them.
-    void setMonitors(const std::vector<Rect>& monitors);
+    // Replaces the RandR monitors by these rectangles (root coordinates) in
+    // this order, the one at index primary being the primary monitor. The
+    // screen must be large enough to hold them.
+    void setMonitors(const std::vector<Rect>& monitors, std::size_t primary = 0);
+
+    // Stops the X server at once, as when the session ends under the clients.
+    void killServer();
 
     // The last lines of the server's and the window manager's logs.
     std::string logTail() const;

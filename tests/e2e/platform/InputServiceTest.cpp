@@ -1,0 +1,212 @@
+#include <gtest/gtest.h>
+#include <xcb/xcb.h>
+#include <xcb/xinput.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+#include "platform/InputService.h"
+#include "platform/x11/XcbReply.h"
+#include "x11/X11DesktopTest.h"
+
+namespace gf::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+class InputServiceTest : public X11DesktopTest {
+  protected:
+    void SetUp() override {
+        X11DesktopTest::SetUp();
+        ASSERT_FALSE(HasFatalFailure());
+        platform_ = connectPlatform();
+        ASSERT_NE(platform_, nullptr);
+        input().movePointerTo(300, 200);
+    }
+
+    InputService& service() { return platform_->input(); }
+
+    std::unique_ptr<EventTap> recordingTap() {
+        auto tap =
+            service().createEventTap([this](const InputEvent& event) { events_.push_back(event); });
+        syncBackend();
+        return tap;
+    }
+
+    // Requests on one connection are handled in order, so after this answer
+    // the backend's event selections are in place on the server.
+    void syncBackend() { service().currentPointerPosition(); }
+
+    std::vector<InputEvent> eventsOfType(InputEventType type) const {
+        std::vector<InputEvent> matching;
+        std::copy_if(events_.begin(), events_.end(), std::back_inserter(matching),
+                     [type](const InputEvent& event) { return event.type == type; });
+        return matching;
+    }
+
+    bool receivedEvent(const InputEvent& expected) {
+        return waitUntil(
+            [&] { return std::find(events_.begin(), events_.end(), expected) != events_.end(); });
+    }
+
+    std::unique_ptr<X11Platform> platform_;
+    std::vector<InputEvent> events_;
+};
+
+TEST_F(InputServiceTest, KeyPressesGiveFlagsChangedEventsWithTheNewFlags) {
+    auto tap = recordingTap();
+    ASSERT_NE(tap, nullptr);
+    using namespace ModifierFlag;
+    const Point pointer{300, 200};
+
+    input().pressKey(Keysym::controlL);
+    EXPECT_TRUE(receivedEvent({InputEventType::flagsChanged, control, pointer}));
+    input().pressKey(Keysym::superL);
+    EXPECT_TRUE(receivedEvent({InputEventType::flagsChanged, control | command, pointer}));
+    input().pressKey(Keysym::altL);
+    EXPECT_TRUE(receivedEvent({InputEventType::flagsChanged, control | command | option, pointer}));
+    input().pressKey(Keysym::shiftL);
+    EXPECT_TRUE(
+        receivedEvent({InputEventType::flagsChanged, control | command | option | shift, pointer}));
+    EXPECT_EQ(service().currentModifierFlags(), control | command | option | shift);
+
+    input().releaseKey(Keysym::controlL);
+    EXPECT_TRUE(receivedEvent({InputEventType::flagsChanged, command | option | shift, pointer}));
+    input().releaseKey(Keysym::superL);
+    input().releaseKey(Keysym::altL);
+    input().releaseKey(Keysym::shiftL);
+    EXPECT_TRUE(waitUntil([&] { return events_.size() == 8; }));
+    EXPECT_EQ(events_.back(), (InputEvent{InputEventType::flagsChanged, 0, pointer}));
+    EXPECT_EQ(service().currentModifierFlags(), 0u);
+}
+
+TEST_F(InputServiceTest, PointerMotionArrivesOnlyWhileWanted) {
+    auto tap = recordingTap();
+    ASSERT_NE(tap, nullptr);
+
+    input().movePointerTo(400, 300);
+    processEventsFor(200ms);
+    EXPECT_TRUE(eventsOfType(InputEventType::mouseMoved).empty());
+
+    tap->setPointerMotionWanted(true);
+    syncBackend();
+    input().movePointerTo(410, 320);
+    EXPECT_TRUE(receivedEvent({InputEventType::mouseMoved, 0, {410, 320}}));
+    input().movePointerBy(30, 10);
+    EXPECT_TRUE(receivedEvent({InputEventType::mouseMoved, 0, {440, 330}}));
+    EXPECT_EQ(service().currentPointerPosition(), (Point{440, 330}));
+
+    // With the left button down the motion is a drag; held keys show in the flags.
+    input().pressKey(Keysym::controlL);
+    input().pressButton(1);
+    input().movePointerBy(-40, 5);
+    EXPECT_TRUE(
+        receivedEvent({InputEventType::leftMouseDragged, ModifierFlag::control, {400, 335}}));
+    input().releaseButton(1);
+    input().releaseKey(Keysym::controlL);
+
+    tap->setPointerMotionWanted(false);
+    syncBackend();
+    events_.clear();
+    input().movePointerTo(100, 100);
+    processEventsFor(200ms);
+    EXPECT_TRUE(eventsOfType(InputEventType::mouseMoved).empty());
+}
+
+TEST_F(InputServiceTest, ADisabledTapReceivesNothing) {
+    auto tap = recordingTap();
+    tap->setPointerMotionWanted(true);
+    tap->setEnabled(false);
+    syncBackend();
+    EXPECT_FALSE(tap->isEnabled());
+    input().pressKey(Keysym::controlL);
+    input().movePointerTo(500, 500);
+    input().releaseKey(Keysym::controlL);
+    processEventsFor(200ms);
+    EXPECT_TRUE(events_.empty());
+
+    tap->setEnabled(true);
+    syncBackend();
+    input().movePointerTo(510, 500);
+    EXPECT_TRUE(receivedEvent({InputEventType::mouseMoved, 0, {510, 500}}));
+}
+
+TEST_F(InputServiceTest, EventsKeepArrivingWhileAnotherClientHoldsAGrab) {
+    auto tap = recordingTap();
+    tap->setPointerMotionWanted(true);
+    syncBackend();
+    xcb_connection_t* c = desktop().connection();
+    auto keyboard = xcbReply(c, xcb_grab_keyboard_reply,
+                             xcb_grab_keyboard(c, 0, desktop().root(), XCB_CURRENT_TIME,
+                                               XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
+    auto pointer = xcbReply(
+        c, xcb_grab_pointer_reply,
+        xcb_grab_pointer(c, 0, desktop().root(), XCB_EVENT_MASK_POINTER_MOTION, XCB_GRAB_MODE_ASYNC,
+                         XCB_GRAB_MODE_ASYNC, XCB_WINDOW_NONE, XCB_CURSOR_NONE, XCB_CURRENT_TIME));
+    ASSERT_TRUE(keyboard && keyboard->status == XCB_GRAB_STATUS_SUCCESS);
+    ASSERT_TRUE(pointer && pointer->status == XCB_GRAB_STATUS_SUCCESS);
+
+    input().pressKey(Keysym::superL);
+    EXPECT_TRUE(receivedEvent({InputEventType::flagsChanged, ModifierFlag::command, {300, 200}}));
+    input().movePointerTo(350, 250);
+    EXPECT_TRUE(receivedEvent({InputEventType::mouseMoved, ModifierFlag::command, {350, 250}}));
+    input().releaseKey(Keysym::superL);
+}
+
+TEST_F(InputServiceTest, PointerMovedMonitorsReportTheHeldFlags) {
+    std::vector<std::uint64_t> reported;
+    auto monitor =
+        service().addPointerMovedMonitor([&](std::uint64_t flags) { reported.push_back(flags); });
+    ASSERT_NE(monitor, nullptr);
+    syncBackend();
+    input().pressKey(Keysym::altL);
+    input().movePointerTo(600, 400);
+    EXPECT_TRUE(waitUntil([&] { return !reported.empty(); }));
+    EXPECT_EQ(reported.back(), ModifierFlag::option);
+    input().releaseKey(Keysym::altL);
+
+    monitor.reset();
+    reported.clear();
+    input().movePointerTo(610, 400);
+    processEventsFor(200ms);
+    EXPECT_TRUE(reported.empty());
+}
+
+TEST_F(InputServiceTest, ANewMasterDeviceInterruptsTheTapUntilItIsEnabledAgain) {
+    auto tap = recordingTap();
+    tap->setPointerMotionWanted(true);
+    syncBackend();
+
+    // XIChangeHierarchy with one AddMaster entry named "extra".
+    struct AddMaster {
+        xcb_input_add_master_t header;
+        std::array<char, 8> name;
+    } change{};
+    change.header.type = XCB_INPUT_HIERARCHY_CHANGE_TYPE_ADD_MASTER;
+    change.header.len = sizeof(AddMaster) / 4;
+    change.header.name_len = 5;
+    change.header.send_core = 1;
+    change.header.enable = 1;
+    std::memcpy(change.name.data(), "extra", 5);
+    xcb_connection_t* c = desktop().connection();
+    ASSERT_TRUE(
+        xcbSucceeded(c, xcb_input_xi_change_hierarchy_checked(
+                            c, 1, reinterpret_cast<const xcb_input_hierarchy_change_t*>(&change))));
+
+    EXPECT_TRUE(
+        waitUntil([&] { return !eventsOfType(InputEventType::tapDisabledByTimeout).empty(); }));
+    EXPECT_FALSE(tap->isEnabled());
+    events_.clear();
+    input().movePointerTo(250, 250);
+    processEventsFor(100ms);
+    EXPECT_TRUE(events_.empty());
+
+    tap->setEnabled(true);
+    syncBackend();
+    input().movePointerTo(260, 250);
+    EXPECT_TRUE(receivedEvent({InputEventType::mouseMoved, 0, {260, 250}}));
+}
+
+}  // namespace
+}  // namespace gf::test
