@@ -87,6 +87,16 @@ TEST_F(WindowServerTest, LayersFollowTheWindowTypes) {
     utility.x = 600;
     utility.type = "_NET_WM_WINDOW_TYPE_UTILITY";
     const WindowId utilityWindow = desktop().createWindow(utility);
+    TestWindowOptions above;
+    above.x = 600;
+    above.y = 300;
+    above.states = {"_NET_WM_STATE_ABOVE"};
+    const WindowId aboveWindow = desktop().createWindow(above);
+    TestWindowOptions background;
+    background.width = 1280;
+    background.height = 800;
+    background.type = "_NET_WM_WINDOW_TYPE_DESKTOP";
+    const WindowId backgroundWindow = desktop().createWindow(background);
     TestWindowOptions menu;
     menu.x = 800;
     menu.y = 400;
@@ -103,7 +113,15 @@ TEST_F(WindowServerTest, LayersFollowTheWindowTypes) {
 
     EXPECT_EQ(listed(logo.window)->layer, WindowLayer::normal);
     EXPECT_EQ(listed(utilityWindow)->layer, WindowLayer::floating);
+    EXPECT_EQ(listed(aboveWindow)->layer, WindowLayer::floating);
     EXPECT_GE(*listed(menuWindow)->layer, server().dockLayer());
+    // The desktop background is no on-screen window, though it is the one at
+    // an otherwise empty point.
+    EXPECT_FALSE(listed(backgroundWindow));
+    const std::optional<WindowDescription> bare = server().windowAt({1200, 780});
+    ASSERT_TRUE(bare);
+    EXPECT_EQ(bare->windowNumber, backgroundWindow);
+    EXPECT_LT(*bare->layer, WindowLayer::normal);
 
     // The window server names the dock at a point it covers; walking the list
     // front to back, the first ordinary window there is the logo beneath it.

@@ -351,6 +351,14 @@ WindowId X11Desktop::createWindow(const TestWindowOptions& options) {
         const std::uint32_t type = probe_->atom(options.type);
         setProperty(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM, 32, 1, &type);
     }
+    if (!options.states.empty()) {
+        std::vector<std::uint32_t> states;
+        for (const std::string& state : options.states) {
+            states.push_back(probe_->atom(state));
+        }
+        setProperty(window, "_NET_WM_STATE", XCB_ATOM_ATOM, 32,
+                    static_cast<std::uint32_t>(states.size()), states.data());
+    }
     if (options.strut) {
         const StrutPartial& s = *options.strut;
         const std::array<std::uint32_t, 12> partial{

@@ -40,9 +40,10 @@ struct TestWindowOptions {
     int width = 200;
     int height = 150;
     std::string windowClass = "GlimmerfoldTestWindow";
-    std::string type;        // an atom name such as "_NET_WM_WINDOW_TYPE_UTILITY"; none when empty
-    bool fixedSize = false;  // minimum and maximum size both equal the size
-    bool overrideRedirect = false;  // like a menu or tooltip: not managed
+    std::string type;  // an atom name such as "_NET_WM_WINDOW_TYPE_UTILITY"; none when empty
+    std::vector<std::string> states;  // initial _NET_WM_STATE atoms, e.g. "_NET_WM_STATE_ABOVE"
+    bool fixedSize = false;           // minimum and maximum size both equal the size
+    bool overrideRedirect = false;    // like a menu or tooltip: not managed
     std::optional<StrutPartial> strut;
 };
 
