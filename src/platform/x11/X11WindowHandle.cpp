@@ -75,13 +75,15 @@ std::optional<bool> X11WindowHandle::isSizeSettable() {
     return !fixed;
 }
 
-std::optional<Size> X11WindowHandle::clientSize() const {
+std::optional<X11WindowHandle::ClientGeometry> X11WindowHandle::clientGeometry() const {
     xcb_connection_t* c = connection_.get();
     auto geometry = xcbReply(c, xcb_get_geometry_reply, xcb_get_geometry(c, client_));
     if (!geometry) {
         return std::nullopt;
     }
-    return Size{static_cast<double>(geometry->width), static_cast<double>(geometry->height)};
+    return ClientGeometry{
+        Size{static_cast<double>(geometry->width), static_cast<double>(geometry->height)},
+        static_cast<double>(geometry->border_width)};
 }
 
 bool X11WindowHandle::setPosition(Point topLeft) {
@@ -91,9 +93,13 @@ bool X11WindowHandle::setPosition(Point topLeft) {
         size = requestedClientSize_;
     }
     if (!size) {
-        size = clientSize();
+        const std::optional<ClientGeometry> geometry = clientGeometry();
+        if (!geometry) {
+            return false;
+        }
+        size = geometry->size;
     }
-    if (!size || !inspector_.frameExtents(client_)) {
+    if (!inspector_.frameExtents(client_)) {
         return false;
     }
     const Point frameTopLeft{std::round(topLeft.x), std::round(topLeft.y)};
@@ -107,7 +113,8 @@ bool X11WindowHandle::setPosition(Point topLeft) {
 
 bool X11WindowHandle::setSize(Size size) {
     const std::optional<FrameExtents> extents = inspector_.frameExtents(client_);
-    if (!extents) {
+    const std::optional<ClientGeometry> geometry = clientGeometry();
+    if (!extents || !geometry) {
         return false;
     }
     std::optional<Point> topLeft;
@@ -121,9 +128,12 @@ bool X11WindowHandle::setSize(Size size) {
     if (!topLeft) {
         return false;
     }
-    // The frame's size is asked for; the client gets it minus the decorations.
-    const Size client{std::max(1.0, std::round(size.width) - extents->left - extents->right),
-                      std::max(1.0, std::round(size.height) - extents->top - extents->bottom)};
+    // The frame's size is asked for; the client gets it minus the decorations
+    // and its own border (which only unmanaged windows keep).
+    const double border = 2 * geometry->borderWidth;
+    const Size client{
+        std::max(1.0, std::round(size.width) - extents->left - extents->right - border),
+        std::max(1.0, std::round(size.height) - extents->top - extents->bottom - border)};
     if (!requestFrame(*topLeft, client)) {
         return false;
     }

@@ -38,7 +38,11 @@ class X11WindowHandle final : public WindowHandle {
     bool requestRaise();
     bool activate();
     bool waitUntilAbove(xcb_window_t frame, const std::vector<xcb_window_t>& others) const;
-    std::optional<Size> clientSize() const;
+    struct ClientGeometry {
+        Size size;           // inside the border
+        double borderWidth;  // the window's own X border
+    };
+    std::optional<ClientGeometry> clientGeometry() const;
 
     const XcbConnection& connection_;
     const X11WindowInspector& inspector_;

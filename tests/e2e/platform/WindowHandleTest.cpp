@@ -129,5 +129,31 @@ TEST_F(WindowHandleTest, AVanishedWindowAnswersSoftly) {
     EXPECT_EQ(platform_->windowControl().windowsOfProcess(logo.pid)->size(), 0u);
 }
 
+// Without a window manager the backend changes the windows itself.
+class WithoutWindowManagerTest : public WindowHandleTest {
+  protected:
+    X11Desktop::Options desktopOptions() const override { return {1280, 800, false}; }
+};
+
+TEST_F(WithoutWindowManagerTest, WindowsAreMovedResizedAndRaisedDirectly) {
+    TestClient& back = desktop().startXlogo(100, 100, 300, 200);
+    TestClient& front = desktop().startXlogo(200, 150, 300, 200);
+    ASSERT_TRUE(probe().isAbove(front.window, back.window));
+    EXPECT_EQ(platform_->windowServer().windowAt({150, 120})->windowNumber, back.window);
+
+    auto handle = handleOf(back);
+    ASSERT_NE(handle, nullptr);
+    const Rect before = *probe().frameGeometry(back.window);
+    EXPECT_EQ(handle->position(), before.origin());
+    ASSERT_TRUE(handle->setPosition({40, 30}));
+    ASSERT_TRUE(handle->setSize({250, 180}));
+    EXPECT_TRUE(frameBecomes(back.window, {40, 30, 250, 180}));
+
+    ASSERT_TRUE(handle->raise());
+    EXPECT_TRUE(probe().isAbove(back.window, front.window));
+    ASSERT_TRUE(handle->makeMain());
+    EXPECT_EQ(probe().focusedClient(), back.window);
+}
+
 }  // namespace
 }  // namespace gf::test

@@ -160,7 +160,11 @@ std::optional<WindowId> DesktopProbe::focusedClient() const {
             return std::nullopt;
         }
         if (*parent == root_) {
-            return clientAtOrBelow(window);
+            const std::optional<WindowId> client = clientAtOrBelow(window);
+            if (!client && !windowManagerRuns()) {
+                return window;  // an unmanaged top-level window is its own client
+            }
+            return client;
         }
         window = *parent;
     }
@@ -174,6 +178,10 @@ std::optional<WindowId> DesktopProbe::activeWindow() const {
         return std::nullopt;
     }
     return active.front();
+}
+
+bool DesktopProbe::windowManagerRuns() const {
+    return !cardinals(connection_, root_, atom("_NET_SUPPORTING_WM_CHECK"), 1).empty();
 }
 
 bool DesktopProbe::isViewable(WindowId window) const {
@@ -237,10 +245,20 @@ std::optional<std::string> DesktopProbe::classOf(WindowId client) const {
 }
 
 std::vector<WindowId> DesktopProbe::allClients() const {
+    // Without a window manager nothing carries WM_STATE: every mapped
+    // top-level window that is not a menu belongs to an application.
+    const bool managed =
+        !cardinals(connection_, root_, atom("_NET_SUPPORTING_WM_CHECK"), 1).empty();
     std::vector<WindowId> clients;
     for (WindowId topLevel : rootChildrenBottomToTop()) {
         if (const std::optional<WindowId> client = clientAtOrBelow(topLevel)) {
             clients.push_back(*client);
+        } else if (!managed && isViewable(topLevel)) {
+            auto attributes = xcbReply(connection_, xcb_get_window_attributes_reply,
+                                       xcb_get_window_attributes(connection_, topLevel));
+            if (attributes && attributes->override_redirect == 0) {
+                clients.push_back(topLevel);
+            }
         }
     }
     return clients;

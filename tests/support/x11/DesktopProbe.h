@@ -38,6 +38,7 @@ class DesktopProbe {
     // _NET_ACTIVE_WINDOW of the root; nullopt when unset or None.
     std::optional<WindowId> activeWindow() const;
 
+    bool windowManagerRuns() const;
     bool isViewable(WindowId window) const;
     bool exists(WindowId window) const;
     // Managed: the window manager gave it WM_STATE (and, when it decorates
@@ -47,7 +48,8 @@ class DesktopProbe {
 
     std::optional<std::int32_t> pidOf(WindowId client) const;
     std::optional<std::string> classOf(WindowId client) const;
-    // Every window carrying WM_STATE below the root, mapped or not.
+    // Every window carrying WM_STATE below the root, mapped or not; without a
+    // window manager, every mapped top-level window but menus.
     std::vector<WindowId> allClients() const;
     std::optional<WindowId> findClientByPid(std::int32_t pid) const;
     std::optional<WindowId> findClientByClass(const std::string& windowClass) const;
