@@ -61,8 +61,10 @@ SingleInstance::Claim SingleInstance::claim() {
 }
 
 bool SingleInstance::listen() {
+    // No socket options: with them the server is made elsewhere and renamed
+    // into place, replacing a running instance's socket. The socket's own
+    // permissions and the private runtime directory keep other users out.
     server_ = std::make_unique<QLocalServer>();
-    server_->setSocketOptions(QLocalServer::UserAccessOption);
     if (!server_->listen(serverName_)) {
         return false;
     }

@@ -82,16 +82,18 @@ StatusBarMenu::StatusBarMenu(Settings& settings, AppState& appState, QWidget* pa
         action->setShortcutVisibleInContextMenu(true);
     }
 
-    connect(running_.get(), &QAction::triggered, this,
+    // Each action is its own connections' context: a menu that lets an action
+    // go cuts every connection from it to the menu.
+    connect(running_.get(), &QAction::triggered, running_.get(),
             [this] { settings_.setIsEnabled(!settings_.isEnabled()); });
     connect(&settings_, &Settings::isEnabledChanged, this, [this] { updateRunningItem(); });
-    connect(checkPermissions_.get(), &QAction::triggered, this,
+    connect(checkPermissions_.get(), &QAction::triggered, checkPermissions_.get(),
             [this] { appState_.showSetupWizard(); });
-    connect(settingsItem_.get(), &QAction::triggered, this,
+    connect(settingsItem_.get(), &QAction::triggered, settingsItem_.get(),
             [this] { appState_.showSettingsWindow(); });
-    connect(checkForUpdates_.get(), &QAction::triggered, this,
+    connect(checkForUpdates_.get(), &QAction::triggered, checkForUpdates_.get(),
             [this] { appState_.updaterController().checkForUpdates(); });
-    connect(quit_.get(), &QAction::triggered, this, [] { QCoreApplication::quit(); });
+    connect(quit_.get(), &QAction::triggered, quit_.get(), [] { QCoreApplication::quit(); });
     connect(this, &QMenu::aboutToShow, this, &StatusBarMenu::refresh);
 
     updateRunningItem();

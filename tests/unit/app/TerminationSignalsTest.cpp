@@ -1,0 +1,38 @@
+#include "app/TerminationSignals.h"
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QSignalSpy>
+#include <csignal>
+
+namespace gf::test {
+namespace {
+
+TEST(TerminationSignalsTest, SignalsArriveThroughTheEventLoopAndHandlersAreRestored) {
+    {
+        const auto handlers = TerminationSignals::install();
+        ASSERT_NE(handlers, nullptr);
+        EXPECT_EQ(TerminationSignals::install(), nullptr) << "one instance per process";
+        QSignalSpy received(handlers.get(), &TerminationSignals::received);
+
+        ASSERT_EQ(std::raise(SIGTERM), 0);  // would end the test run without the handler
+        ASSERT_EQ(std::raise(SIGINT), 0);
+        EXPECT_EQ(received.count(), 0) << "nothing runs inside the signal handler";
+        QElapsedTimer timer;
+        timer.start();
+        while (received.count() < 2 && timer.elapsed() < 5000) {
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+        }
+        ASSERT_EQ(received.count(), 2);
+        EXPECT_EQ(received.at(0).at(0).toInt(), SIGTERM);
+        EXPECT_EQ(received.at(1).at(0).toInt(), SIGINT);
+    }
+    struct sigaction current {};
+    ASSERT_EQ(::sigaction(SIGTERM, nullptr, &current), 0);
+    EXPECT_EQ(current.sa_handler, SIG_DFL);
+}
+
+}  // namespace
+}  // namespace gf::test

@@ -1,0 +1,175 @@
+#include "app/UpdateController.h"
+
+#include <gtest/gtest.h>
+
+#include <QAbstractButton>
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QSignalSpy>
+#include <optional>
+
+#include "LocalHttpServer.h"
+#include "UrlRecorder.h"
+
+namespace gf::test {
+namespace {
+
+QByteArray feedWith(const QByteArray& items) {
+    return "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
+           "<rss version=\"2.0\" "
+           "xmlns:sparkle=\"http://www.andymatuschak.org/xml-namespaces/sparkle\">"
+           "<channel><title>Glimmerfold</title>" +
+           items + "</channel></rss>";
+}
+
+QByteArray item(const QByteArray& version, const QByteArray& shortVersion,
+                const QByteArray& extra = {}) {
+    return "<item><title>Glimmerfold " + shortVersion + "</title>" + "<sparkle:version>" + version +
+           "</sparkle:version>" + "<sparkle:shortVersionString>" + shortVersion +
+           "</sparkle:shortVersionString>" +
+           "<enclosure url=\"https://downloads.example.org/glimmerfold-" + version +
+           ".deb\" length=\"1\" type=\"application/vnd.debian.binary-package\"/>" + extra +
+           "</item>";
+}
+
+class UpdateControllerTest : public ::testing::Test {
+  protected:
+    std::optional<UpdateCheckResult> check(UpdateController& controller, bool withDialog = false) {
+        QSignalSpy finished(&controller, &UpdateController::checkFinished);
+        withDialog ? controller.checkForUpdates() : controller.checkInBackground();
+        EXPECT_TRUE(controller.isChecking() || finished.count() == 1) << "never blocks";
+        QElapsedTimer timer;
+        timer.start();
+        while (finished.isEmpty() && timer.elapsed() < 10000) {
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+        }
+        if (finished.isEmpty()) {
+            return std::nullopt;
+        }
+        return finished.front().front().value<UpdateCheckResult>();
+    }
+
+    LocalHttpServer server;
+    UrlRecorder opened{{QStringLiteral("https"), QStringLiteral("http")}};
+};
+
+TEST_F(UpdateControllerTest, NewerReleaseInTheFeedIsOfferedWithItsDownloadPage) {
+    server.respond(200, feedWith(item("0.1.0", "0.1.0") +
+                                 item("0.3.0", "0.3 &quot;Fold&quot;",
+                                      "<link>https://example.org/releases/0.3</link>"
+                                      "<sparkle:releaseNotesLink>https://example.org/notes/0.3"
+                                      "</sparkle:releaseNotesLink>") +
+                                 item("0.2.5", "0.2.5")));
+    UpdateController controller(server.url(), "0.2.0");
+    const auto result = check(controller, true);
+    ASSERT_TRUE(result);
+    ASSERT_EQ(result->kind, UpdateCheckResult::Kind::updateAvailable)
+        << result->error.toStdString();
+    EXPECT_EQ(result->newest.version, "0.3.0");
+    EXPECT_EQ(result->newest.shortVersionString, "0.3 \"Fold\"");
+    EXPECT_EQ(result->newest.releaseNotesUrl, QUrl("https://example.org/notes/0.3"));
+
+    QMessageBox* dialog = controller.resultDialog();
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_TRUE(dialog->isVisible());
+    EXPECT_EQ(dialog->text(), "A new version of Glimmerfold is available!");
+    QAbstractButton* download = nullptr;
+    for (QAbstractButton* button : dialog->buttons()) {
+        if (button->text() == "Open Download Page") {
+            download = button;
+        }
+    }
+    ASSERT_NE(download, nullptr);
+    download->click();
+    EXPECT_EQ(opened.urls(), QList<QUrl>{QUrl("https://example.org/releases/0.3")});
+}
+
+TEST_F(UpdateControllerTest, SameOrOlderReleaseMeansUpToDate) {
+    server.respond(200, feedWith(item("0.2.0", "0.2.0") + item("0.2.0-rc1", "0.2.0 RC1")));
+    UpdateController controller(server.url(), "0.2.0");
+    const auto result = check(controller, true);
+    ASSERT_TRUE(result);
+    EXPECT_EQ(result->kind, UpdateCheckResult::Kind::upToDate) << result->error.toStdString();
+    ASSERT_NE(controller.resultDialog(), nullptr);
+    EXPECT_EQ(controller.resultDialog()->text(), "You're up to date!");
+}
+
+TEST_F(UpdateControllerTest, VersionsGivenOnTheEnclosureCountToo) {
+    server.respond(200,
+                   feedWith("<item><enclosure url=\"https://example.org/g.deb\" "
+                            "sparkle:version=\"1.4\" sparkle:shortVersionString=\"1.4\"/></item>"));
+    UpdateController controller(server.url(), "1.3.9");
+    const auto result = check(controller);
+    ASSERT_TRUE(result);
+    EXPECT_EQ(result->kind, UpdateCheckResult::Kind::updateAvailable);
+    EXPECT_EQ(result->newest.downloadUrl, QUrl("https://example.org/g.deb"));
+    EXPECT_EQ(UpdateController::downloadPageOf(result->newest), QUrl("https://example.org/g.deb"));
+}
+
+TEST_F(UpdateControllerTest, FeedsThatCannotBeUsedFailWithAReason) {
+    struct Case {
+        const char* what;
+        int status;
+        QByteArray body;
+    };
+    const Case cases[] = {
+        {"not XML", 200, "this is not a feed"},
+        {"cut off", 200, feedWith(item("9.0", "9.0")).left(150)},
+        {"not RSS", 200, "<html><body>Not found</body></html>"},
+        {"no usable item", 200, feedWith("<item><title>no version</title></item>")},
+        {"HTTP error", 404, "missing"},
+    };
+    for (const Case& c : cases) {
+        server.respond(c.status, c.body);
+        UpdateController controller(server.url(), "0.1.0");
+        const auto result = check(controller, true);
+        ASSERT_TRUE(result) << c.what;
+        EXPECT_EQ(result->kind, UpdateCheckResult::Kind::failed) << c.what;
+        EXPECT_FALSE(result->error.isEmpty()) << c.what;
+        ASSERT_NE(controller.resultDialog(), nullptr);
+        EXPECT_EQ(controller.resultDialog()->informativeText(), result->error) << c.what;
+    }
+}
+
+TEST_F(UpdateControllerTest, ServerThatIsDownFailsWithoutBlocking) {
+    const QUrl url = server.url();
+    server.shutDown();
+    UpdateController controller(url, "0.1.0");
+    const auto result = check(controller);
+    ASSERT_TRUE(result);
+    EXPECT_EQ(result->kind, UpdateCheckResult::Kind::failed);
+    EXPECT_TRUE(result->error.startsWith("The update feed could not be loaded"))
+        << result->error.toStdString();
+}
+
+TEST_F(UpdateControllerTest, OnlyHttpsFeedsAreFetchedExceptFromLoopback) {
+    EXPECT_TRUE(UpdateController::isAcceptableUrl(QUrl("https://example.org/appcast.xml")));
+    EXPECT_TRUE(UpdateController::isAcceptableUrl(QUrl("http://127.0.0.1:8080/a.xml")));
+    EXPECT_TRUE(UpdateController::isAcceptableUrl(QUrl("http://[::1]/a.xml")));
+    EXPECT_TRUE(UpdateController::isAcceptableUrl(QUrl("http://localhost/a.xml")));
+    EXPECT_FALSE(UpdateController::isAcceptableUrl(QUrl("http://example.org/appcast.xml")));
+    EXPECT_FALSE(UpdateController::isAcceptableUrl(QUrl("http://127.0.0.1.example.org/a.xml")));
+    EXPECT_FALSE(UpdateController::isAcceptableUrl(QUrl("file:///tmp/appcast.xml")));
+    EXPECT_FALSE(UpdateController::isAcceptableUrl(QUrl("ftp://example.org/appcast.xml")));
+
+    // A plain-HTTP feed elsewhere is refused before anything is sent.
+    UpdateController controller(QUrl("http://example.org/appcast.xml"), "0.1.0");
+    const auto result = check(controller);
+    ASSERT_TRUE(result);
+    EXPECT_EQ(result->kind, UpdateCheckResult::Kind::failed);
+    EXPECT_EQ(server.requestCount(), 0);
+}
+
+TEST_F(UpdateControllerTest, EnvironmentOverridesTheBuiltInFeed) {
+    const QByteArray previous = qgetenv("GLIMMERFOLD_APPCAST_URL");
+    qunsetenv("GLIMMERFOLD_APPCAST_URL");
+    const QUrl builtIn = UpdateController::defaultFeedUrl();
+    qputenv("GLIMMERFOLD_APPCAST_URL", "http://127.0.0.1:9/feed.xml");
+    const QUrl overridden = UpdateController::defaultFeedUrl();
+    qputenv("GLIMMERFOLD_APPCAST_URL", previous);
+    EXPECT_EQ(builtIn.scheme(), "https");
+    EXPECT_EQ(overridden, QUrl("http://127.0.0.1:9/feed.xml"));
+}
+
+}  // namespace
+}  // namespace gf::test
