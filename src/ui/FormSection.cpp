@@ -1,7 +1,5 @@
 #include "ui/FormSection.h"
 
-#include <QHBoxLayout>
-
 namespace gf {
 
 FormSection::FormSection(const QString& title, QWidget* parent) : QGroupBox(title, parent) {
@@ -13,10 +11,11 @@ FormSection::FormSection(const QString& title, QWidget* parent) : QGroupBox(titl
 
 void FormSection::addCaptionedRow(const QString& caption, std::unique_ptr<QWidget> control) {
     auto row = std::make_unique<QWidget>();
-    auto layout = std::make_unique<QHBoxLayout>();
+    auto layout = std::make_unique<QVBoxLayout>();
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(std::make_unique<QLabel>(caption).release(), 0, Qt::AlignVCenter);
-    layout->addWidget(control.release(), 1, Qt::AlignVCenter);
+    layout->setSpacing(4);
+    layout->addWidget(std::make_unique<QLabel>(caption).release());
+    layout->addWidget(control.release());
     row->setLayout(layout.release());
     rows_->addWidget(row.release());
 }

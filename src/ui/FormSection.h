@@ -23,7 +23,8 @@ class FormSection : public QGroupBox {
         return raw;
     }
 
-    // A row whose caption stands on the left and whose control fills the rest.
+    // A row whose caption stands on a line of its own with the control below it, so that a wide
+    // control (a key picker) lines up with the rows above instead of overflowing the column.
     template <typename W>
     W* addLabelledRow(const QString& caption, std::unique_ptr<W> control) {
         W* raw = control.get();

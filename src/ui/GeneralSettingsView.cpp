@@ -147,6 +147,10 @@ void GeneralSettingsView::askBeforeHidingStatusMenu() {
     const QString title = QStringLiteral("Hide the menu bar icon?");
     confirmation_ = std::make_unique<QMessageBox>(this);
     confirmation_->setIcon(QMessageBox::Warning);
+    // The question in bold and the explanation wide enough to read as a paragraph.
+    confirmation_->setStyleSheet(
+        QStringLiteral("QLabel#qt_msgbox_label { font-weight: bold; }"
+                       "QLabel#qt_msgbox_informativelabel { min-width: 320px; }"));
     confirmation_->setWindowTitle(title);
     confirmation_->setText(title);
     confirmation_->setInformativeText(

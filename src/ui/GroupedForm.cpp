@@ -9,7 +9,7 @@ GroupedForm::GroupedForm(QWidget* parent) : QScrollArea(parent) {
 
     auto content = std::make_unique<QWidget>();
     auto sections = std::make_unique<QVBoxLayout>();
-    sections->setContentsMargins(16, 16, 16, 16);
+    sections->setContentsMargins(12, 12, 12, 12);
     sections->setSpacing(14);
     sections->addStretch(1);
     sections_ = sections.get();

@@ -23,6 +23,7 @@ RunningAppsPicker::RunningAppsPicker(Settings& settings, ApplicationRegistry& ap
 
     auto layout = std::make_unique<QVBoxLayout>();
     layout->setSpacing(12);
+    layout->setSizeConstraint(QLayout::SetFixedSize);
     layout->addWidget(heading_.get(), 0, Qt::AlignHCenter);
     layout->addWidget(makeList().release(), 0, Qt::AlignHCenter);
     layout->addWidget(cancel_.get(), 0, Qt::AlignHCenter);

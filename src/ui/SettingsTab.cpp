@@ -27,16 +27,16 @@ std::optional<SettingsTab> settingsTabFromTitle(const QString& title) {
     return std::nullopt;
 }
 
-QIcon iconOf(SettingsTab tab) {
+QIcon iconOf(SettingsTab tab, const QColor& selectedColor, int size) {
     switch (tab) {
         case SettingsTab::general:
-            return uiIcon(QStringLiteral("general"));
+            return uiListIcon(QStringLiteral("general"), selectedColor, size);
         case SettingsTab::magnetics:
-            return uiIcon(QStringLiteral("magnetics"));
+            return uiListIcon(QStringLiteral("magnetics"), selectedColor, size);
         case SettingsTab::ignoreList:
-            return uiIcon(QStringLiteral("ignore-list"));
+            return uiListIcon(QStringLiteral("ignore-list"), selectedColor, size);
         case SettingsTab::about:
-            return uiIcon(QStringLiteral("about"));
+            return uiListIcon(QStringLiteral("about"), selectedColor, size);
     }
     return {};
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QColor>
 #include <QIcon>
 #include <QString>
 #include <array>
@@ -17,7 +18,7 @@ inline constexpr std::array<SettingsTab, 4> allSettingsTabs{
 QString titleOf(SettingsTab tab);
 // The tab with this exact title; nullopt for any other text.
 std::optional<SettingsTab> settingsTabFromTitle(const QString& title);
-// The tab's sidebar icon.
-QIcon iconOf(SettingsTab tab);
+// The tab's sidebar icon at `size`, drawn in `selectedColor` while its row is selected.
+QIcon iconOf(SettingsTab tab, const QColor& selectedColor, int size);
 
 }  // namespace gf

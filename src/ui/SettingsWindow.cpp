@@ -19,11 +19,15 @@ SettingsWindow::SettingsWindow(Settings& settings, AppState& appState, QWidget* 
 
     sidebar_->setFixedWidth(sidebarWidth);
     sidebar_->setSelectionMode(QAbstractItemView::SingleSelection);
-    sidebar_->setIconSize(QSize(18, 18));
+    constexpr int iconSize = 18;
+    sidebar_->setIconSize(QSize(iconSize, iconSize));
     sidebar_->setSpacing(2);
     sidebar_->setAccessibleName(QStringLiteral("Settings"));
     for (SettingsTab tab : allSettingsTabs) {
-        sidebar_->addItem(std::make_unique<QListWidgetItem>(iconOf(tab), titleOf(tab)).release());
+        const QColor selected = sidebar_->palette().color(QPalette::HighlightedText);
+        sidebar_->addItem(
+            std::make_unique<QListWidgetItem>(iconOf(tab, selected, iconSize), titleOf(tab))
+                .release());
     }
 
     auto columns = std::make_unique<QHBoxLayout>();

@@ -68,6 +68,8 @@ QLabel& WizardPage::addExplanation(const QString& text, TextStyle style, bool li
     if (limitWidth) {
         label->setWordWrap(true);
         label->setFixedWidth(textWidth);
+        // The page's fixed size leaves the layout no room to ask for the wrapped height itself.
+        label->setMinimumHeight(label->heightForWidth(textWidth));
     }
     explanationColumn_->addWidget(label.get(), 0, Qt::AlignHCenter);
     explanations_.push_back(std::move(label));

@@ -17,7 +17,7 @@ TEST(SettingsTabTest, TitlesAreTheRawValuesInSidebarOrder) {
     for (SettingsTab tab : allSettingsTabs) {
         titles << titleOf(tab);
         EXPECT_EQ(settingsTabFromTitle(titleOf(tab)), tab);
-        EXPECT_FALSE(iconOf(tab).isNull());
+        EXPECT_FALSE(iconOf(tab, Qt::white, 18).isNull());
     }
     EXPECT_EQ(titles, (QStringList{QStringLiteral("General"), QStringLiteral("Magnetics"),
                                    QStringLiteral("Ignore List"), QStringLiteral("About")}));

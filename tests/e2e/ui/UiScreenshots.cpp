@@ -1,0 +1,257 @@
+// Shows every Settings tab and every setup-wizard page on the X server named by $DISPLAY, walks
+// through them as a user would, and saves what the server shows of each as a PNG in the folder
+// given as the only argument. Exits with 1 when a step did not behave (each is reported on
+// stderr), so the end-to-end test that starts it fails too.
+
+#include <QApplication>
+#include <QDir>
+#include <QImage>
+#include <QMessageBox>
+#include <QPixmap>
+#include <QScreen>
+#include <QScrollBar>
+#include <QTemporaryDir>
+#include <QWindow>
+#include <iostream>
+#include <memory>
+#include <vector>
+
+#include "app/AppState.h"
+#include "engine/EventTapManager.h"
+#include "model/Settings.h"
+#include "platform/QtMainThreadScheduler.h"
+#include "platform/ThreadSerialQueueFactory.h"
+#include "platform/x11/X11Platform.h"
+#include "ui/GeneralSettingsView.h"
+#include "ui/IgnoreListSettingsView.h"
+#include "ui/PermissionsStepContent.h"
+#include "ui/SettingsWindow.h"
+#include "ui/SetupWizardView.h"
+#include "ui/WidgetUiFactory.h"
+#include "x11/WaitUntil.h"
+
+namespace gf::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+// Grants the script hands out itself: on X11 both are simply there, which would leave the
+// wizard's "missing" state unseen.
+class ScriptedGrants final : public GrantService {
+  public:
+    bool isAccessibilityGranted() override { return accessibility; }
+    bool isInputMonitoringGranted() override { return inputMonitoring; }
+    bool requestAccessibility() override { return accessibility; }
+    bool requestInputMonitoring() override { return inputMonitoring; }
+    void showWhereToGrant() override {}
+
+    bool accessibility = true;
+    bool inputMonitoring = false;
+};
+
+class Screenshots {
+  public:
+    explicit Screenshots(QDir folder) : folder_(std::move(folder)) {}
+
+    // Saves the screen area covering the windows' frames once it has stopped changing.
+    void save(const QString& name, const std::vector<QWidget*>& windows) {
+        QRect area;
+        for (QWidget* window : windows) {
+            if (!waitUntil([window] { return isShownAndDecorated(*window); }, 5000ms)) {
+                fail(QStringLiteral("%1: a window did not appear").arg(name));
+                return;
+            }
+            area = area.united(window->frameGeometry());
+        }
+        QImage image = settledImage(area);
+        const QString path = folder_.filePath(name + QStringLiteral(".png"));
+        if (image.isNull() || !image.save(path)) {
+            fail(QStringLiteral("%1: could not be saved").arg(path));
+            return;
+        }
+        std::cout << "saved " << path.toStdString() << '\n';
+    }
+
+    void check(bool condition, const QString& what) {
+        if (!condition) {
+            fail(what);
+        }
+    }
+
+    int failures() const { return failures_; }
+
+  private:
+    static bool isShownAndDecorated(QWidget& window) {
+        QWindow* handle = window.windowHandle();
+        return window.isVisible() && handle != nullptr && handle->isExposed() &&
+               window.frameGeometry() != window.geometry();
+    }
+
+    // The window manager and Qt draw asynchronously: the picture counts once two reads from the
+    // server a little apart agree.
+    static QImage settledImage(const QRect& area) {
+        QScreen* screen = QGuiApplication::primaryScreen();
+        QImage previous;
+        QImage current;
+        waitUntil(
+            [&] {
+                previous = current;
+                current = screen->grabWindow(0, area.x(), area.y(), area.width(), area.height())
+                              .toImage();
+                processEventsFor(40ms);
+                return !previous.isNull() && previous == current;
+            },
+            5000ms);
+        return current;
+    }
+
+    void fail(const QString& what) {
+        ++failures_;
+        std::cerr << "FAILED: " << what.toStdString() << '\n';
+    }
+
+    QDir folder_;
+    int failures_ = 0;
+};
+
+template <typename T>
+T* find(QWidget* window) {
+    return window == nullptr ? nullptr : window->findChild<T*>();
+}
+
+void clickPageButton(SetupWizardView& wizard) {
+    qobject_cast<WizardPage*>(&wizard.page())->button().click();
+}
+
+void walkThroughWizard(AppState& appState, ScriptedGrants& grants, Screenshots& shots) {
+    appState.showSetupWizard();
+    QWidget* window = appState.setupWizardWindow();
+    SetupWizardView* wizard = find<SetupWizardView>(window);
+    if (wizard == nullptr) {
+        shots.check(false, QStringLiteral("the wizard window has no wizard"));
+        return;
+    }
+    shots.save(QStringLiteral("wizard-0-welcome"), {window});
+    clickPageButton(*wizard);
+
+    auto* permissions = qobject_cast<PermissionsStepContent*>(&wizard->page());
+    shots.check(permissions != nullptr && !permissions->button().isEnabled(),
+                QStringLiteral("Continue is enabled with a grant missing"));
+    shots.save(QStringLiteral("wizard-1-permissions-missing"), {window});
+    grants.inputMonitoring = true;
+    shots.check(waitUntil([&] { return permissions->button().isEnabled(); }, 5000ms),
+                QStringLiteral("the 2-second poll did not notice the grant"));
+    shots.save(QStringLiteral("wizard-1-permissions-granted"), {window});
+    clickPageButton(*wizard);
+
+    shots.save(QStringLiteral("wizard-2-shortcuts"), {window});
+    clickPageButton(*wizard);
+    shots.save(QStringLiteral("wizard-3-done"), {window});
+    clickPageButton(*wizard);
+
+    shots.check(appState.settings().hasCompletedSetup(),
+                QStringLiteral("Finish did not record that setup is complete"));
+    shots.check(appState.setupWizardWindow() == nullptr,
+                QStringLiteral("Finish did not close the wizard"));
+    shots.check(appState.eventTapManager().hasEventTap(),
+                QStringLiteral("Finish did not start the engine"));
+}
+
+void showGeneralTab(SettingsWindow& settingsWindow, QWidget* window, Screenshots& shots) {
+    settingsWindow.selectTab(SettingsTab::general);
+    shots.save(QStringLiteral("settings-general"), {window});
+    auto* general = qobject_cast<GeneralSettingsView*>(&settingsWindow.detailView());
+    general->verticalScrollBar()->setValue(general->verticalScrollBar()->maximum());
+    shots.save(QStringLiteral("settings-general-startup"), {window});
+
+    general->showStatusMenuToggle().click();
+    QMessageBox* question = general->hideIconConfirmation();
+    shots.check(question != nullptr, QStringLiteral("no question before hiding the status menu"));
+    if (question != nullptr) {
+        shots.save(QStringLiteral("settings-general-hide-icon"), {window, question});
+        question->reject();
+    }
+}
+
+void showIgnoreListTab(SettingsWindow& settingsWindow, QWidget* window, Screenshots& shots) {
+    settingsWindow.selectTab(SettingsTab::ignoreList);
+    auto* ignoreList = qobject_cast<IgnoreListSettingsView*>(&settingsWindow.detailView());
+    ignoreList->addButton().click();
+    RunningAppsPicker* picker = ignoreList->appPicker();
+    shots.check(picker != nullptr, QStringLiteral("plus did not open the running applications"));
+    if (picker == nullptr) {
+        return;
+    }
+    shots.save(QStringLiteral("settings-ignore-list-picker"), {window, picker});
+    std::size_t xterm = picker->candidates().size();
+    for (std::size_t i = 0; i < picker->candidates().size(); ++i) {
+        if (picker->candidates()[i].identifier.value_or("").find("XTerm") != std::string::npos) {
+            xterm = i;
+        }
+    }
+    shots.check(xterm < picker->candidates().size(),
+                QStringLiteral("the running xterm is not offered"));
+    if (xterm < picker->candidates().size()) {
+        picker->rowButton(xterm).click();
+    }
+    ignoreList->list().setCurrentRow(ignoreList->list().count() - 1);
+    shots.save(QStringLiteral("settings-ignore-list"), {window});
+}
+
+void walkThroughSettings(AppState& appState, Screenshots& shots) {
+    appState.showSettingsWindow();
+    QWidget* window = appState.settingsWindow();
+    SettingsWindow* settingsWindow = find<SettingsWindow>(window);
+    if (settingsWindow == nullptr) {
+        shots.check(false, QStringLiteral("the Settings window has no tabs"));
+        return;
+    }
+    showGeneralTab(*settingsWindow, window, shots);
+    settingsWindow->selectTab(SettingsTab::magnetics);
+    shots.save(QStringLiteral("settings-magnetics"), {window});
+    showIgnoreListTab(*settingsWindow, window, shots);
+    settingsWindow->selectTab(SettingsTab::about);
+    shots.save(QStringLiteral("settings-about"), {window});
+}
+
+int run(const QString& folder) {
+    QDir().mkpath(folder);
+    std::string error;
+    std::unique_ptr<X11Platform> x11 = X11Platform::connect(nullptr, &error);
+    if (x11 == nullptr) {
+        std::cerr << "cannot connect to the X server: " << error << '\n';
+        return 1;
+    }
+    QTemporaryDir home;
+    Settings settings(home.filePath(QStringLiteral("glimmerfold.conf")));
+    // One application that is not installed, shown without an icon.
+    settings.setIgnoreList({{"org.example.Unavailable", "Example Editor"}});
+
+    QtMainThreadScheduler mainThread;
+    ThreadSerialQueueFactory queues;
+    ScriptedGrants grants;
+    const Platform real = x11->platform(mainThread, queues);
+    Platform platform{real.input,      real.windowServer, real.windowControl,
+                      real.displays,   real.applications, grants,
+                      real.mainThread, real.queues,       real.ownPid};
+    WidgetUiFactory ui;
+    AppState appState(settings, platform, ui);
+
+    Screenshots shots{QDir(folder)};
+    walkThroughWizard(appState, grants, shots);
+    walkThroughSettings(appState, shots);
+    appState.stopEngine();
+    return shots.failures() == 0 ? 0 : 1;
+}
+
+}  // namespace
+}  // namespace gf::test
+
+int main(int argc, char** argv) {
+    QApplication application(argc, argv);
+    if (argc != 2) {
+        std::cerr << "usage: glimmerfold_ui_screenshots <folder for the PNG files>\n";
+        return 2;
+    }
+    return gf::test::run(QString::fromLocal8Bit(argv[1]));
+}
