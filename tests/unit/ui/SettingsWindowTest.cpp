@@ -68,13 +68,6 @@ TEST_F(SettingsWindowTest, EachTabIsMadeAfreshWhenSelected) {
     EXPECT_TRUE(general->showStatusMenuToggle().isChecked());
 }
 
-TEST_F(SettingsWindowTest, AppStateShowsTheFactorysSettingsWindow) {
-    appState().showSettingsWindow();
-    QWidget* window = appState().settingsWindow();
-    ASSERT_NE(window, nullptr);
-    EXPECT_EQ(window->findChildren<SettingsWindow*>().size(), 1);
-}
-
 TEST(AboutViewTest, ShowsNameVersionAndDescription) {
     AboutView view;
     EXPECT_EQ(view.nameLabel().text(), QStringLiteral("Glimmerfold"));
