@@ -19,6 +19,7 @@ constexpr std::uint32_t kMaxClients = 4096;
 // covers the deepest seen with room to spare.
 constexpr int kMaxReparentingDepth = 3;
 constexpr std::size_t kMaxWindowsSearched = 4096;
+constexpr std::size_t kMaxCachedFrames = 512;
 
 xcb_get_property_cookie_t requestProperty(xcb_connection_t* connection, xcb_window_t window,
                                           xcb_atom_t property, xcb_atom_t type,
@@ -181,6 +182,48 @@ std::vector<bool> X11WindowInspector::carryWmState(const std::vector<xcb_window_
 }
 
 xcb_window_t X11WindowInspector::findClientInside(xcb_window_t frame) const {
+    xcb_window_t cached = XCB_WINDOW_NONE;
+    {
+        std::lock_guard lock(cacheMutex_);
+        if (auto found = clientOfFrame_.find(frame); found != clientOfFrame_.end()) {
+            cached = found->second;
+        }
+    }
+    if (cached != XCB_WINDOW_NONE && isClientInside(cached, frame)) {
+        return cached;
+    }
+    const xcb_window_t client = searchClientInside(frame);
+    std::lock_guard lock(cacheMutex_);
+    if (clientOfFrame_.size() >= kMaxCachedFrames) {
+        clientOfFrame_.clear();  // frames of closed windows would pile up otherwise
+    }
+    if (client != XCB_WINDOW_NONE) {
+        clientOfFrame_[frame] = client;
+    } else {
+        clientOfFrame_.erase(frame);
+    }
+    return client;
+}
+
+bool X11WindowInspector::isClientInside(xcb_window_t client, xcb_window_t frame) const {
+    xcb_connection_t* c = connection_.get();
+    const xcb_atom_t wmState = connection_.atoms().wmState;
+    auto stateCookie = requestProperty(c, client, wmState, wmState, 0);
+    xcb_window_t window = client;
+    bool inside = false;
+    for (int depth = 0; depth < kMaxReparentingDepth && !inside; ++depth) {
+        auto tree = xcbReply(c, xcb_query_tree_reply, xcb_query_tree(c, window));
+        if (!tree || tree->parent == XCB_WINDOW_NONE || tree->parent == connection_.root()) {
+            break;
+        }
+        inside = tree->parent == frame;
+        window = tree->parent;
+    }
+    auto state = xcbReply(c, xcb_get_property_reply, stateCookie);
+    return inside && state && state->type == wmState;
+}
+
+xcb_window_t X11WindowInspector::searchClientInside(xcb_window_t frame) const {
     xcb_connection_t* c = connection_.get();
     std::vector<xcb_window_t> level{frame};
     std::size_t searched = 0;
@@ -317,21 +360,32 @@ std::vector<StackedWindow> X11WindowInspector::resolveClients(
 }
 
 std::vector<int> X11WindowInspector::layersOf(const std::vector<StackedWindow>& windows) const {
+    return collectLayers(requestLayers(windows), windows);
+}
+
+X11WindowInspector::LayerCookies X11WindowInspector::requestLayers(
+    const std::vector<StackedWindow>& windows) const {
     xcb_connection_t* c = connection_.get();
     const X11Atoms& atoms = connection_.atoms();
-    std::vector<std::pair<xcb_get_property_cookie_t, xcb_get_property_cookie_t>> cookies;
+    LayerCookies cookies;
     cookies.reserve(windows.size());
     for (const StackedWindow& window : windows) {
-        cookies.emplace_back(
-            requestProperty(c, window.client, atoms.netWmWindowType, XCB_ATOM_ATOM,
-                            kMaxAtomsInList),
-            requestProperty(c, window.client, atoms.netWmState, XCB_ATOM_ATOM, kMaxAtomsInList));
+        cookies.push_back(
+            {requestProperty(c, window.client, atoms.netWmWindowType, XCB_ATOM_ATOM,
+                             kMaxAtomsInList),
+             requestProperty(c, window.client, atoms.netWmState, XCB_ATOM_ATOM, kMaxAtomsInList)});
     }
+    return cookies;
+}
+
+std::vector<int> X11WindowInspector::collectLayers(
+    const LayerCookies& cookies, const std::vector<StackedWindow>& windows) const {
+    xcb_connection_t* c = connection_.get();
     std::vector<int> layers;
     layers.reserve(windows.size());
     for (std::size_t i = 0; i < cookies.size(); ++i) {
-        auto types = xcbReply(c, xcb_get_property_reply, cookies[i].first);
-        auto states = xcbReply(c, xcb_get_property_reply, cookies[i].second);
+        auto types = xcbReply(c, xcb_get_property_reply, cookies[i].types);
+        auto states = xcbReply(c, xcb_get_property_reply, cookies[i].states);
         layers.push_back(
             layerFor(values32(types.get()), values32(states.get()), windows[i].overrideRedirect));
     }
@@ -376,22 +430,35 @@ int X11WindowInspector::layerFor(const std::vector<xcb_atom_t>& types,
 
 std::vector<std::optional<std::int32_t>> X11WindowInspector::ownerPids(
     const std::vector<xcb_window_t>& windows) const {
+    return collectOwnerPids(requestOwnerPids(windows));
+}
+
+X11WindowInspector::PidCookies X11WindowInspector::requestOwnerPids(
+    const std::vector<xcb_window_t>& windows) const {
     xcb_connection_t* c = connection_.get();
     const bool haveResources = connection_.hasExtension(&xcb_res_id);
-    std::vector<xcb_res_query_client_ids_cookie_t> resourceCookies;
-    std::vector<xcb_get_property_cookie_t> propertyCookies;
+    PidCookies cookies;
+    cookies.reserve(windows.size());
     for (xcb_window_t window : windows) {
+        PidCookie cookie;
         if (haveResources) {
             const xcb_res_client_id_spec_t spec{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
-            resourceCookies.push_back(xcb_res_query_client_ids(c, 1, &spec));
+            cookie.resources = xcb_res_query_client_ids(c, 1, &spec);
         }
-        propertyCookies.push_back(
-            requestProperty(c, window, connection_.atoms().netWmPid, XCB_ATOM_CARDINAL, 1));
+        cookie.property =
+            requestProperty(c, window, connection_.atoms().netWmPid, XCB_ATOM_CARDINAL, 1);
+        cookies.push_back(cookie);
     }
-    std::vector<std::optional<std::int32_t>> pids(windows.size());
-    for (std::size_t i = 0; i < windows.size(); ++i) {
-        if (haveResources) {
-            auto ids = xcbReply(c, xcb_res_query_client_ids_reply, resourceCookies[i]);
+    return cookies;
+}
+
+std::vector<std::optional<std::int32_t>> X11WindowInspector::collectOwnerPids(
+    const PidCookies& cookies) const {
+    xcb_connection_t* c = connection_.get();
+    std::vector<std::optional<std::int32_t>> pids(cookies.size());
+    for (std::size_t i = 0; i < cookies.size(); ++i) {
+        if (cookies[i].resources) {
+            auto ids = xcbReply(c, xcb_res_query_client_ids_reply, *cookies[i].resources);
             if (ids) {
                 for (auto it = xcb_res_query_client_ids_ids_iterator(ids.get()); it.rem > 0;
                      xcb_res_client_id_value_next(&it)) {
@@ -403,7 +470,7 @@ std::vector<std::optional<std::int32_t>> X11WindowInspector::ownerPids(
                 }
             }
         }
-        auto property = xcbReply(c, xcb_get_property_reply, propertyCookies[i]);
+        auto property = xcbReply(c, xcb_get_property_reply, cookies[i].property);
         const std::vector<std::uint32_t> value = values32(property.get());
         if (!pids[i] && !value.empty() && value.front() != 0) {
             pids[i] = static_cast<std::int32_t>(value.front());
@@ -431,9 +498,11 @@ std::vector<WindowDescription> X11WindowInspector::describe(
                            xcb_get_geometry(c, window.client), xcb_get_geometry(c, window.frame)});
         clients.push_back(window.client);
     }
-    // Both batches below are sent while the geometry replies are on their way.
-    const std::vector<int> layers = layersOf(windows);
-    const std::vector<std::optional<std::int32_t>> pids = ownerPids(clients);
+    // Everything is asked before the first answer is awaited: one round trip.
+    const LayerCookies layerCookies = requestLayers(windows);
+    const PidCookies pidCookies = requestOwnerPids(clients);
+    const std::vector<int> layers = collectLayers(layerCookies, windows);
+    const std::vector<std::optional<std::int32_t>> pids = collectOwnerPids(pidCookies);
 
     std::vector<WindowDescription> descriptions;
     descriptions.reserve(windows.size());

@@ -1,10 +1,13 @@
 #pragma once
 
+#include <xcb/res.h>
 #include <xcb/xcb.h>
 
 #include <cstdint>
+#include <mutex>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/Point.h"
@@ -36,8 +39,8 @@ struct StackedWindow {
 
 // Read-only questions about the windows on the screen, answered with
 // pipelined requests so a batch costs a few round trips whatever its size.
-// Holds no state of its own, so one connection may be used from several
-// threads at once.
+// Safe to use from several threads at once: the only state is a cache of
+// which client each frame holds, checked before use and kept under a lock.
 class X11WindowInspector {
   public:
     explicit X11WindowInspector(const XcbConnection& connection);
@@ -95,14 +98,35 @@ class X11WindowInspector {
         bool overrideRedirect = false;
     };
 
+    struct LayerCookie {
+        xcb_get_property_cookie_t types;
+        xcb_get_property_cookie_t states;
+    };
+    using LayerCookies = std::vector<LayerCookie>;
+    struct PidCookie {
+        std::optional<xcb_res_query_client_ids_cookie_t> resources;
+        xcb_get_property_cookie_t property;
+    };
+    using PidCookies = std::vector<PidCookie>;
+
+    LayerCookies requestLayers(const std::vector<StackedWindow>& windows) const;
+    std::vector<int> collectLayers(const LayerCookies& cookies,
+                                   const std::vector<StackedWindow>& windows) const;
+    PidCookies requestOwnerPids(const std::vector<xcb_window_t>& windows) const;
+    std::vector<std::optional<std::int32_t>> collectOwnerPids(const PidCookies& cookies) const;
+
     std::vector<StackedWindow> resolveClients(const std::vector<TopLevel>& topLevels) const;
     std::vector<bool> carryWmState(const std::vector<xcb_window_t>& windows) const;
     xcb_window_t findClientInside(xcb_window_t frame) const;
+    xcb_window_t searchClientInside(xcb_window_t frame) const;
+    bool isClientInside(xcb_window_t client, xcb_window_t frame) const;
     std::optional<std::vector<TopLevel>> mappedTopLevels(
         const std::vector<xcb_window_t>& candidates) const;
     std::optional<StackedWindow> scanForWindowAt(Point point) const;
 
     const XcbConnection& connection_;
+    mutable std::mutex cacheMutex_;
+    mutable std::unordered_map<xcb_window_t, xcb_window_t> clientOfFrame_;
 };
 
 }  // namespace gf
