@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <thread>
+
 #include "platform/WindowControl.h"
 #include "x11/X11DesktopTest.h"
 
@@ -127,6 +130,36 @@ TEST_F(WindowHandleTest, AVanishedWindowAnswersSoftly) {
     EXPECT_FALSE(handle->raise());
     EXPECT_FALSE(handle->makeMain());
     EXPECT_EQ(platform_->windowControl().windowsOfProcess(logo.pid)->size(), 0u);
+}
+
+TEST_F(WindowHandleTest, HandlesWorkFromAnotherThreadWhileInputIsRead) {
+    TestClient& logo = desktop().startXlogo(100, 80, 200, 150);
+    auto handle = handleOf(logo);
+    ASSERT_NE(handle, nullptr);
+    std::vector<InputEvent> events;
+    auto tap = platform_->input().createEventTap(
+        [&](const InputEvent& event) { events.push_back(event); });
+    tap->setPointerMotionWanted(true);
+
+    // Like the drag session's queue: window requests on a thread of their own.
+    std::atomic<bool> allSent{true};
+    std::thread mover([&] {
+        for (int step = 0; step < 50; ++step) {
+            const bool sent = handle->setPosition({100.0 + step, 80}) && handle->position();
+            allSent = allSent && sent;
+        }
+    });
+    for (int step = 0; step < 50; ++step) {
+        input().movePointerTo(300 + step, 300);
+    }
+    EXPECT_TRUE(waitUntil([&] {
+        return !events.empty() && events.back().location == Point{349, 300};
+    }));
+    mover.join();
+    EXPECT_TRUE(allSent);
+    EXPECT_TRUE(waitUntil([&] {
+        return probe().frameGeometry(logo.window)->origin() == Point{149, 80};
+    }));
 }
 
 // Without a window manager the backend changes the windows itself.
