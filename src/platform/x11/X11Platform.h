@@ -21,7 +21,8 @@ class XcbConnection;
 // The desktop services backed by an X server. Uses two connections: one read
 // on the main thread for input events and main-thread questions, and one
 // that never reads events, for window handles used from background threads.
-// Create and use it on the main thread of a running QCoreApplication.
+// Create and use it on the main thread of a running QCoreApplication; event
+// taps and monitor tokens it hands out must be destroyed before it.
 class X11Platform {
     struct Key;  // only connect() constructs platforms
 

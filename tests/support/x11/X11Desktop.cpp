@@ -110,6 +110,10 @@ X11Desktop::~X11Desktop() {
 }
 
 std::unique_ptr<X11Desktop> X11Desktop::start(const Options& options, std::string* error) {
+    std::string ignored;
+    if (error == nullptr) {
+        error = &ignored;
+    }
     auto desktop = std::make_unique<X11Desktop>();
     std::string directory =
         (std::filesystem::temp_directory_path() / "glimmerfold-e2e-XXXXXX").string();
