@@ -14,7 +14,10 @@
 #include <QWindow>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <vector>
+
+#include <xcb/xcb.h>
 
 #include "app/AppState.h"
 #include "engine/EventTapManager.h"
@@ -28,6 +31,7 @@
 #include "ui/SettingsWindow.h"
 #include "ui/SetupWizardView.h"
 #include "ui/WidgetUiFactory.h"
+#include "x11/DesktopProbe.h"
 #include "x11/WaitUntil.h"
 
 namespace gf::test {
@@ -49,19 +53,35 @@ class ScriptedGrants final : public GrantService {
     bool inputMonitoring = false;
 };
 
+struct XcbDisconnect {
+    void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
+};
+
 class Screenshots {
   public:
-    explicit Screenshots(QDir folder) : folder_(std::move(folder)) {}
+    // `connection` is only read from, to find the window manager's frames.
+    Screenshots(QDir folder, xcb_connection_t* connection)
+        : folder_(std::move(folder)),
+          probe_(connection, xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root) {}
 
     // Saves the screen area covering the windows' frames once it has stopped changing.
     void save(const QString& name, const std::vector<QWidget*>& windows) {
         QRect area;
         for (QWidget* window : windows) {
-            if (!waitUntil([window] { return isShownAndDecorated(*window); }, 5000ms)) {
+            std::optional<Rect> frame;
+            const bool shown = waitUntil(
+                [&] {
+                    frame = frameOf(*window);
+                    return frame.has_value();
+                },
+                5000ms);
+            if (!shown) {
                 fail(QStringLiteral("%1: a window did not appear").arg(name));
                 return;
             }
-            area = area.united(window->frameGeometry());
+            area =
+                area.united(QRect(static_cast<int>(frame->x), static_cast<int>(frame->y),
+                                  static_cast<int>(frame->width), static_cast<int>(frame->height)));
         }
         QImage image = settledImage(area);
         const QString path = folder_.filePath(name + QStringLiteral(".png"));
@@ -81,10 +101,18 @@ class Screenshots {
     int failures() const { return failures_; }
 
   private:
-    static bool isShownAndDecorated(QWidget& window) {
+    // The window manager's frame around the shown window, as the X server has it: Qt learns of
+    // the frame only later, if at all, for a dialog that is never moved.
+    std::optional<Rect> frameOf(QWidget& window) const {
         QWindow* handle = window.windowHandle();
-        return window.isVisible() && handle != nullptr && handle->isExposed() &&
-               window.frameGeometry() != window.geometry();
+        if (!window.isVisible() || handle == nullptr || !handle->isExposed()) {
+            return std::nullopt;
+        }
+        const auto client = static_cast<WindowId>(window.winId());
+        if (!probe_.isManaged(client)) {
+            return std::nullopt;
+        }
+        return probe_.frameGeometry(client);
     }
 
     // The window manager and Qt draw asynchronously: the picture counts once two reads from the
@@ -111,6 +139,7 @@ class Screenshots {
     }
 
     QDir folder_;
+    DesktopProbe probe_;
     int failures_ = 0;
 };
 
@@ -237,7 +266,13 @@ int run(const QString& folder) {
     WidgetUiFactory ui;
     AppState appState(settings, platform, ui);
 
-    Screenshots shots{QDir(folder)};
+    const std::unique_ptr<xcb_connection_t, XcbDisconnect> connection(
+        xcb_connect(nullptr, nullptr));
+    if (xcb_connection_has_error(connection.get()) != 0) {
+        std::cerr << "cannot open a second connection to the X server\n";
+        return 1;
+    }
+    Screenshots shots(QDir(folder), connection.get());
     walkThroughWizard(appState, grants, shots);
     walkThroughSettings(appState, shots);
     appState.stopEngine();
