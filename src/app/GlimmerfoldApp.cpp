@@ -18,7 +18,7 @@ GlimmerfoldApp::GlimmerfoldApp(Settings& settings, UiFactory& ui, X11Platform& x
       mainThread_(std::make_unique<QtMainThreadScheduler>()),
       queues_(std::make_unique<ThreadSerialQueueFactory>()),
       platform_(x11.platform(*mainThread_, *queues_)),
-      taskbarPresence_(X11TaskbarPresence::connect(nullptr)),
+      taskbarPresence_(X11TaskbarPresence::forApplication()),
       appState_(std::make_unique<AppState>(settings_, platform_, ui)),
       trayItem_(std::make_unique<TrayItem>(settings_, *appState_, ui)),
       delegate_(std::make_unique<AppDelegate>(*appState_, &TrayItem::isTrayAvailable)) {

@@ -94,13 +94,19 @@ void SingleInstance::answerConnections() {
     while (QLocalSocket* connection = server_->nextPendingConnection()) {
         // The server owns its connections; each is let go once it closes.
         connect(connection, &QLocalSocket::disconnected, connection, &QObject::deleteLater);
-        connect(connection, &QLocalSocket::readyRead, this, [this, connection] {
+        connect(connection, &QLocalSocket::readyRead, connection, [this, connection] {
+            bool asked = false;
             while (connection->canReadLine()) {
                 if (connection->readLine() == showSettingsRequest) {
                     connection->write(acknowledgement);
-                    connection->flush();
-                    emit showSettingsRequested();
+                    asked = true;
                 }
+            }
+            connection->flush();
+            if (asked) {
+                // Showing a window may run events, which may delete this connection.
+                QMetaObject::invokeMethod(this, &SingleInstance::showSettingsRequested,
+                                          Qt::QueuedConnection);
             }
         });
     }

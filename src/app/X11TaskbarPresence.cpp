@@ -3,17 +3,17 @@
 #include <QGuiApplication>
 #include <QWidget>
 #include <iostream>
-#include <string>
 
 #include "platform/x11/X11TaskbarHint.h"
 
 namespace gf {
 
-std::unique_ptr<X11TaskbarPresence> X11TaskbarPresence::connect(const char* displayName) {
-    std::string error;
-    auto hint = X11TaskbarHint::connect(displayName, &error);
+std::unique_ptr<X11TaskbarPresence> X11TaskbarPresence::forApplication() {
+    const auto* x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
+    auto hint = X11TaskbarHint::onConnection(x11 != nullptr ? x11->connection() : nullptr);
     if (!hint) {
-        std::cerr << "Glimmerfold cannot set its windows' taskbar presence: " << error << '\n';
+        std::cerr << "Glimmerfold cannot choose whether its windows appear in the taskbar: "
+                     "the application does not run on an X display.\n";
         return nullptr;
     }
     return std::make_unique<X11TaskbarPresence>(std::move(hint));
@@ -26,11 +26,8 @@ X11TaskbarPresence::~X11TaskbarPresence() = default;
 
 void X11TaskbarPresence::setListedInTaskbar(QWidget& window, bool listed) {
     // winId() makes the native window if it does not exist yet, so the state
-    // is in place before the window is first mapped; the toolkit's requests
-    // must reach the server before ours, which travel on another connection.
-    const auto id = static_cast<std::uint32_t>(window.winId());
-    QGuiApplication::sync();
-    hint_->setSkipTaskbar(id, !listed);
+    // is in place before the window is first mapped.
+    hint_->setSkipTaskbar(static_cast<std::uint32_t>(window.winId()), !listed);
 }
 
 }  // namespace gf

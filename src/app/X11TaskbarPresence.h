@@ -8,11 +8,12 @@ namespace gf {
 
 class X11TaskbarHint;
 
-// Carries out the taskbar policy on an X display.
+// Carries out the taskbar policy on the X display the toolkit uses.
 class X11TaskbarPresence final : public TaskbarPresence {
   public:
-    // nullptr (with a line on standard error) when the display cannot be reached.
-    static std::unique_ptr<X11TaskbarPresence> connect(const char* displayName);
+    // nullptr (with a line on standard error) when the application does not
+    // run on an X display.
+    static std::unique_ptr<X11TaskbarPresence> forApplication();
 
     explicit X11TaskbarPresence(std::unique_ptr<X11TaskbarHint> hint);
     ~X11TaskbarPresence() override;

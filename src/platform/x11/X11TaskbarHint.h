@@ -2,27 +2,24 @@
 
 #include <cstdint>
 #include <memory>
-#include <string>
+
+struct xcb_connection_t;
 
 namespace gf {
 
-class XcbConnection;
-
 // Lists or hides one of our own top-level windows in taskbars through the
-// _NET_WM_STATE_SKIP_TASKBAR state. Uses a connection of its own, since the
-// windows belong to the toolkit's connection.
+// _NET_WM_STATE_SKIP_TASKBAR state. Works on the connection that created the
+// windows (the toolkit's), so its requests follow the window's creation in
+// order; it does not own that connection.
 class X11TaskbarHint {
-    struct Key;  // only connect() constructs hints
-
   public:
-    // Connects to the named display ($DISPLAY when null or empty); nullptr
-    // with a one-line reason when that fails.
-    static std::unique_ptr<X11TaskbarHint> connect(const char* displayName, std::string* error);
+    // nullptr when the connection cannot be used.
+    static std::unique_ptr<X11TaskbarHint> onConnection(xcb_connection_t* connection);
 
-    X11TaskbarHint(const Key&, std::unique_ptr<XcbConnection> connection);
+    X11TaskbarHint(xcb_connection_t* connection, std::uint32_t root, std::uint32_t netWmState,
+                   std::uint32_t skipTaskbar);
     X11TaskbarHint(const X11TaskbarHint&) = delete;
     X11TaskbarHint& operator=(const X11TaskbarHint&) = delete;
-    ~X11TaskbarHint();
 
     // An unmapped window gets the state in its property, which the window
     // manager reads when the window is mapped; a mapped window's state is
@@ -37,7 +34,10 @@ class X11TaskbarHint {
     bool rewriteStateProperty(std::uint32_t window, bool skip);
     bool askWindowManager(std::uint32_t window, bool skip);
 
-    std::unique_ptr<XcbConnection> connection_;
+    xcb_connection_t* connection_;
+    std::uint32_t root_;
+    std::uint32_t netWmState_;
+    std::uint32_t skipTaskbar_;
 };
 
 }  // namespace gf
