@@ -4,7 +4,7 @@ PRESET ?= $(if $(CI),ci,default)
 JOBS ?= $(shell nproc)
 CTEST_JOBS ?= 4
 
-.PHONY: all deps configure build run test test-unit test-tsan clean format
+.PHONY: all deps configure build run demo test test-unit test-tsan clean format
 
 all: build
 
@@ -19,6 +19,10 @@ build: configure
 
 run: build
 	@./scripts/run-glimmerfold
+
+# Glimmerfold at work in a private X server, with screenshots in build/demo/.
+demo: configure
+	@./scripts/demo
 
 test: build test-tsan
 	@ctest --test-dir build -j $(CTEST_JOBS) --output-on-failure
