@@ -61,8 +61,7 @@ class Demo {
         const Rect afterMove = frame();
         // The corner nearest the pointer follows: grab near the bottom right.
         const bool resized = step("resize", {controlL, altL}, afterMove.x + afterMove.width - 20,
-                                  afterMove.y + afterMove.height - 20, 120, 90,
-                                  [](Rect b, Rect a) {
+                                  afterMove.y + afterMove.height - 20, 120, 90, [](Rect b, Rect a) {
                                       return a.width > b.width + 60 && a.height > b.height + 40 &&
                                              a.x == b.x && a.y == b.y;
                                   });
@@ -84,8 +83,9 @@ class Demo {
   private:
     void startTrayHost() {
         gf::test::ChildProcess::Options options;
-        options.arguments = {"trayer", "--edge", "top", "--align", "right", "--widthtype",
-                             "pixel", "--width", "120", "--height", "28", "--SetDockType", "true"};
+        options.arguments = {"trayer",      "--edge",        "top",     "--align", "right",
+                             "--widthtype", "pixel",         "--width", "120",     "--height",
+                             "28",          "--SetDockType", "true"};
         options.environment = desktop_->clientEnvironment();
         std::string error;
         trayHost_ = gf::test::ChildProcess::start(options, &error);

@@ -63,6 +63,9 @@ class GlimmerfoldAppTest : public X11DesktopTest {
         options.environment.emplace_back("XDG_RUNTIME_DIR", (home_ / "runtime").string());
         options.environment.emplace_back("XDG_CACHE_HOME", (home_ / "cache").string());
         options.environment.emplace_back("XDG_DATA_HOME", (home_ / "data").string());
+        // Only read when the program is built with AddressSanitizer.
+        options.environment.emplace_back("LSAN_OPTIONS",
+                                         "suppressions=" GLIMMERFOLD_LSAN_SUPPRESSIONS);
         options.outputFile = (desktop().directory() / logName).string();
         std::string error;
         auto process = ChildProcess::start(options, &error);
@@ -215,7 +218,7 @@ TEST_F(GlimmerfoldAppTest, WithoutATrayTheSettingsWindowOpensAndSaysWhy) {
     EXPECT_GE(frame.height, 450);
 
     ::kill(glimmerfold->pid(), SIGINT);
-    EXPECT_EQ(glimmerfold->waitForExit(10s), 0);
+    EXPECT_EQ(glimmerfold->waitForExit(10s), 0) << output("glimmerfold.log");
     EXPECT_NE(output("glimmerfold.log").find("No system tray is available"), std::string::npos)
         << output("glimmerfold.log");
 }
