@@ -64,16 +64,5 @@ TEST_F(SingleInstanceTest, SocketLeftBehindByACrashedInstanceIsTakenOver) {
     EXPECT_EQ(instance.claim(), SingleInstance::Claim::primary);
 }
 
-TEST_F(SingleInstanceTest, NameDependsOnTheDisplay) {
-    const QByteArray previous = qgetenv("DISPLAY");
-    qputenv("DISPLAY", ":7");
-    const QString seven = SingleInstance::defaultServerName();
-    qputenv("DISPLAY", ":8");
-    const QString eight = SingleInstance::defaultServerName();
-    qputenv("DISPLAY", previous);
-    EXPECT_NE(seven, eight);
-    EXPECT_TRUE(seven.endsWith("_7.socket")) << seven.toStdString();
-}
-
 }  // namespace
 }  // namespace gf::test
