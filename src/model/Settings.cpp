@@ -1,6 +1,7 @@
 #include "model/Settings.h"
 
 #include <QDir>
+#include <QStringList>
 #include <QVariant>
 #include <algorithm>
 
@@ -34,32 +35,43 @@ const QString showMenuBarIcon = QStringLiteral("showMenuBarIcon");
 const QString ignoreList = QStringLiteral("ignoreList");
 }  // namespace key
 
-// Each load helper leaves `field` at its default unless the file holds a readable value.
-void load(const SettingsFile& file, const QString& key, bool& field) {
+// Each load helper leaves `field` at its default unless the file holds a readable value, and adds
+// `key` to `unreadable` when the file holds a value that cannot be read.
+void load(const SettingsFile& file, const QString& key, bool& field, QStringList& unreadable) {
     if (const auto value = file.readBool(key)) {
         field = *value;
+    } else if (file.contains(key)) {
+        unreadable << key;
     }
 }
 
-void load(const SettingsFile& file, const QString& key, double& field) {
+void load(const SettingsFile& file, const QString& key, double& field, QStringList& unreadable) {
     if (const auto value = file.readDouble(key)) {
         field = *value;
+    } else if (file.contains(key)) {
+        unreadable << key;
     }
 }
 
-void load(const SettingsFile& file, const QString& key, ModifierKeySet& field) {
-    if (const auto data = file.readData(key)) {
-        if (auto set = ModifierKeySet::fromJson(*data)) {
-            field = *set;
-        }
+void load(const SettingsFile& file, const QString& key, ModifierKeySet& field,
+          QStringList& unreadable) {
+    const auto data = file.readData(key);
+    const auto set = data ? ModifierKeySet::fromJson(*data) : std::nullopt;
+    if (set) {
+        field = *set;
+    } else if (file.contains(key)) {
+        unreadable << key;
     }
 }
 
-void load(const SettingsFile& file, const QString& key, std::vector<IgnoreListEntry>& field) {
-    if (const auto data = file.readData(key)) {
-        if (auto entries = IgnoreListCoding::decode(*data)) {
-            field = std::move(*entries);
-        }
+void load(const SettingsFile& file, const QString& key, std::vector<IgnoreListEntry>& field,
+          QStringList& unreadable) {
+    const auto data = file.readData(key);
+    auto entries = data ? IgnoreListCoding::decode(*data) : std::nullopt;
+    if (entries) {
+        field = std::move(*entries);
+    } else if (file.contains(key)) {
+        unreadable << key;
     }
 }
 
@@ -104,25 +116,27 @@ Settings::~Settings() = default;
 
 void Settings::load() {
     const SettingsFile& file = *file_;
-    gf::load(file, key::isEnabled, isEnabled_);
-    gf::load(file, key::moveModifiers, moveModifiers_);
-    gf::load(file, key::resizeModifiers, resizeModifiers_);
-    gf::load(file, key::bringToFrontOnManipulate, bringToFrontOnManipulate_);
-    gf::load(file, key::resizeFromBottomRightOnly, resizeFromBottomRightOnly_);
-    gf::load(file, key::autoRaiseEnabled, autoRaiseEnabled_);
-    gf::load(file, key::autoRaiseDelay, autoRaiseDelay_);
-    gf::load(file, key::autoRaiseAllWindows, autoRaiseAllWindows_);
-    gf::load(file, key::autoRaiseModifiers, autoRaiseModifiers_);
-    gf::load(file, key::magneticsEnabled, magneticsEnabled_);
-    gf::load(file, key::snapToScreenEdges, snapToScreenEdges_);
-    gf::load(file, key::snapToWindowEdges, snapToWindowEdges_);
-    gf::load(file, key::snapToDockAndMenuBar, snapToDockAndMenuBar_);
-    gf::load(file, key::snapThreshold, snapThreshold_);
-    gf::load(file, key::hasCompletedSetup, hasCompletedSetup_);
-    gf::load(file, key::startAtLogin, startAtLogin_);
-    gf::load(file, key::showInDock, showInDock_);
-    gf::load(file, key::showMenuBarIcon, showMenuBarIcon_);
-    gf::load(file, key::ignoreList, ignoreList_);
+    QStringList unreadable;
+    gf::load(file, key::isEnabled, isEnabled_, unreadable);
+    gf::load(file, key::moveModifiers, moveModifiers_, unreadable);
+    gf::load(file, key::resizeModifiers, resizeModifiers_, unreadable);
+    gf::load(file, key::bringToFrontOnManipulate, bringToFrontOnManipulate_, unreadable);
+    gf::load(file, key::resizeFromBottomRightOnly, resizeFromBottomRightOnly_, unreadable);
+    gf::load(file, key::autoRaiseEnabled, autoRaiseEnabled_, unreadable);
+    gf::load(file, key::autoRaiseDelay, autoRaiseDelay_, unreadable);
+    gf::load(file, key::autoRaiseAllWindows, autoRaiseAllWindows_, unreadable);
+    gf::load(file, key::autoRaiseModifiers, autoRaiseModifiers_, unreadable);
+    gf::load(file, key::magneticsEnabled, magneticsEnabled_, unreadable);
+    gf::load(file, key::snapToScreenEdges, snapToScreenEdges_, unreadable);
+    gf::load(file, key::snapToWindowEdges, snapToWindowEdges_, unreadable);
+    gf::load(file, key::snapToDockAndMenuBar, snapToDockAndMenuBar_, unreadable);
+    gf::load(file, key::snapThreshold, snapThreshold_, unreadable);
+    gf::load(file, key::hasCompletedSetup, hasCompletedSetup_, unreadable);
+    gf::load(file, key::startAtLogin, startAtLogin_, unreadable);
+    gf::load(file, key::showInDock, showInDock_, unreadable);
+    gf::load(file, key::showMenuBarIcon, showMenuBarIcon_, unreadable);
+    gf::load(file, key::ignoreList, ignoreList_, unreadable);
+    file.reportReadProblems(unreadable);
 }
 
 QString Settings::filePath() const {

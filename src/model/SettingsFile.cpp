@@ -5,6 +5,7 @@
 #include <QFileInfo>
 #include <QLocale>
 #include <QStringList>
+#include <algorithm>
 #include <cstdio>
 
 namespace gf {
@@ -63,10 +64,7 @@ void printLine(const QString& line) {
     std::fflush(stderr);
 }
 
-QString readProblem(const QString& path, QSettings::Status status) {
-    if (status == QSettings::FormatError) {
-        return QStringLiteral("it is not a valid settings file");
-    }
+QString readProblem(const QString& path) {
     if (QFileInfo(path).isDir()) {
         return QStringLiteral("it is a directory");
     }
@@ -105,28 +103,52 @@ std::unique_ptr<QSettings> openSettings(const QString& path) {
     return settings;
 }
 
+// A "[]" section header files its keys under a name that no read reaches, and QSettings moves
+// them into [General] when it next writes the file; they count as malformed lines, or a value
+// that was not used at start-up would take effect after the first unrelated change.
+bool isUnreachable(const QString& key) {
+    return key.startsWith(QLatin1Char('/'));
+}
+
 }  // namespace
 
 SettingsFile::SettingsFile(QString path) : path_(std::move(path)), settings_(openSettings(path_)) {
     // QSettings parses sections lazily; listing every key surfaces a malformed line now rather
     // than at some later read.
-    settings_->allKeys();
-    if (settings_->status() != QSettings::NoError) {
-        readFailed_ = true;
-        mustKeepFileAside_ = QFileInfo(path_).isFile();
-        reportUnreadableFile();
-    }
+    const QStringList keys = settings_->allKeys();
+    readFailed_ = settings_->status() == QSettings::AccessError;
+    hasMalformedLines_ = settings_->status() == QSettings::FormatError ||
+                         std::any_of(keys.cbegin(), keys.cend(), isUnreachable);
+    mustKeepFileAside_ = (readFailed_ || hasMalformedLines_) && QFileInfo(path_).isFile();
 }
 
 SettingsFile::~SettingsFile() = default;
 
-void SettingsFile::reportUnreadableFile() {
-    printLine(QStringLiteral("cannot read settings file %1: %2; using defaults")
-                  .arg(path_, readProblem(path_, settings_->status())));
+bool SettingsFile::contains(const QString& key) const {
+    return !readFailed_ && settings_->contains(key);
+}
+
+void SettingsFile::reportReadProblems(const QStringList& unreadableKeys) const {
+    if (readFailed_) {
+        printLine(QStringLiteral("cannot read settings file %1: %2; using defaults")
+                      .arg(path_, readProblem(path_)));
+        return;
+    }
+    QStringList parts;
+    if (hasMalformedLines_) {
+        parts << QStringLiteral("malformed lines");
+    }
+    if (!unreadableKeys.isEmpty()) {
+        parts << QStringLiteral("the values of %1").arg(unreadableKeys.join(QStringLiteral(", ")));
+    }
+    if (!parts.isEmpty()) {
+        printLine(QStringLiteral("cannot read part of settings file %1 (%2); using defaults for it")
+                      .arg(path_, parts.join(QStringLiteral(" and "))));
+    }
 }
 
 QVariant SettingsFile::storedValue(const QString& key) const {
-    if (readFailed_) {
+    if (!contains(key)) {
         return {};
     }
     return settings_->value(key);
@@ -185,6 +207,20 @@ bool SettingsFile::keepUnreadableFileAside() {
     return false;
 }
 
+// What parsed in the file being set aside belongs in the new one, unless this run assigned it anew.
+// It waits with the unsaved values, so that a failed write does not lose it either.
+void SettingsFile::carryOverParsedValues() {
+    if (readFailed_) {
+        return;
+    }
+    const QStringList keys = settings_->allKeys();
+    for (const QString& key : keys) {
+        if (!isUnreachable(key) && !unsaved_.contains(key)) {
+            unsaved_.insert(key, settings_->value(key));
+        }
+    }
+}
+
 // QSettings remembers its first error for good and keeps what it parsed from a broken file; a
 // fresh instance starts from what is on disk now.
 void SettingsFile::reopen() {
@@ -204,12 +240,14 @@ void SettingsFile::reportWriteFailure() {
 void SettingsFile::write(const QString& key, const QVariant& value) {
     unsaved_.insert(key, value);
     if (mustKeepFileAside_) {
+        carryOverParsedValues();
         if (!keepUnreadableFileAside()) {
             reportWriteFailure();
             return;
         }
         mustKeepFileAside_ = false;
         readFailed_ = false;
+        hasMalformedLines_ = false;
         reopen();
     } else if (settings_->status() != QSettings::NoError) {
         reopen();

@@ -22,8 +22,8 @@ namespace gf {
 // Values QSettings stored with their type (@Variant) keep that type.
 class SettingsFile {
   public:
-    // Reads the file at once. A file that cannot be read or parsed gets one line on standard error
-    // and the whole file then reads as empty, so every preference takes its default.
+    // Reads the file at once and writes nothing. A file that cannot be opened reads as empty, so
+    // every preference takes its default; in a file with malformed lines, what did parse is read.
     explicit SettingsFile(QString path);
     ~SettingsFile();
     SettingsFile(const SettingsFile&) = delete;
@@ -31,20 +31,27 @@ class SettingsFile {
 
     const QString& path() const { return path_; }
 
+    // Whether the file holds a value at `key`, readable or not.
+    bool contains(const QString& key) const;
+    // One line on standard error saying what could not be read: the whole file, or its malformed
+    // lines and the stored values of `unreadableKeys`. Nothing when everything was read.
+    void reportReadProblems(const QStringList& unreadableKeys) const;
+
     // A boolean, or a number that is exactly 0 or 1.
     std::optional<bool> readBool(const QString& key) const;
     // A number, or a boolean (true reads as 1, false as 0).
     std::optional<double> readDouble(const QString& key) const;
     std::optional<QByteArray> readData(const QString& key) const;
 
-    // Stores one value and syncs. A file that could not be read at start-up is first renamed to
-    // "<path>.unreadable" so that its contents survive. A failed write is reported on standard
-    // error once, is retried with the next write, and never throws.
+    // Stores one value and syncs. A file that could not be read whole at start-up is first renamed
+    // to "<path>.unreadable" so that its bytes survive; what did parse goes on into the new file. A
+    // failed write is reported on standard error once, is retried with the next write, and never
+    // throws.
     void write(const QString& key, const QVariant& value);
 
   private:
-    void reportUnreadableFile();
     bool keepUnreadableFileAside();
+    void carryOverParsedValues();
     void reopen();
     void reportWriteFailure();
     QVariant storedValue(const QString& key) const;
@@ -52,6 +59,7 @@ class SettingsFile {
     QString path_;
     std::unique_ptr<QSettings> settings_;
     bool readFailed_ = false;
+    bool hasMalformedLines_ = false;
     bool mustKeepFileAside_ = false;
     bool writeFailureReported_ = false;
     // Values whose write failed, written again with the next assignment.
