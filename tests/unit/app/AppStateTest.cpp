@@ -210,11 +210,25 @@ TEST_F(AppStateTest, MissingTrayOpensTheSettingsWindowAndSaysWhy) {
     trayAvailable = false;
     testing::internal::CaptureStdout();
     AppState& state = launch();
+    desktop.advance(AppDelegate::trayWaitLimit - 1ms);
+    EXPECT_EQ(state.settingsWindow(), nullptr) << "a panel may still be starting";
+    desktop.advance(1ms);
     const std::string output = testing::internal::GetCapturedStdout();
     ASSERT_NE(state.settingsWindow(), nullptr);
     EXPECT_TRUE(state.settingsWindow()->isVisible());
     EXPECT_NE(output.find("No system tray is available"), std::string::npos) << output;
     EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 1);
+}
+
+TEST_F(AppStateTest, TrayThatComesUpSoonAfterLaunchIsWaitedFor) {
+    trayAvailable = false;
+    testing::internal::CaptureStdout();
+    AppState& state = launch();
+    desktop.advance(1s);
+    trayAvailable = true;
+    desktop.advance(10s);
+    EXPECT_EQ(state.settingsWindow(), nullptr);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
 TEST_F(AppStateTest, TaskbarPolicyFollowsShowInDockForEveryWindow) {
