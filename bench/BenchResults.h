@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "LatencyMatch.h"
+#include "ProcessMeter.h"
+
+namespace gf::bench {
+
+// CPU and wake-ups of the three processes on a window's path to the screen.
+struct DesktopCosts {
+    ProcessUsage glimmerfold;
+    ProcessUsage windowManager;
+    ProcessUsage server;
+
+    double totalCpuPercent() const {
+        return glimmerfold.cpuPercent + windowManager.cpuPercent + server.cpuPercent;
+    }
+};
+
+// One gesture driven at one input rate, by Glimmerfold or by openbox.
+struct LatencyRun {
+    std::string mover;    // "Glimmerfold" or "openbox"
+    std::string gesture;  // "move" or "resize"
+    int rateHz = 0;
+    bool autoRaise = false;
+    std::size_t motions = 0;
+    double seconds = 0;  // from the first motion until the frame showed the last
+    Distribution latency;
+    std::size_t shownExactly = 0;
+    std::size_t neverShown = 0;
+    std::size_t strayReports = 0;
+    DesktopCosts costs;
+    std::string problem;  // why the run produced no numbers; empty when it did
+};
+
+// Glimmerfold with no gesture: at rest, or with the pointer moving and no key held.
+struct IdleRun {
+    int rateHz = 0;  // 0: no input at all
+    bool autoRaise = false;
+    double seconds = 0;
+    ProcessUsage glimmerfold;
+};
+
+struct MemoryResult {
+    double startupKiB = 0;
+    double afterWarmUpKiB = 0;  // after the first tenth of the gestures
+    double afterGesturesKiB = 0;
+    std::size_t gesturesTried = 0;
+    std::size_t gesturesTaken = 0;  // those in which the window followed
+};
+
+struct BenchResults {
+    std::string mode;  // "full" or "smoke"
+    std::string started;
+    std::string machine;
+    std::vector<double> startupMs;
+    std::vector<LatencyRun> latencyRuns;
+    std::vector<IdleRun> idleRuns;
+    MemoryResult memory;
+    std::vector<std::string> problems;
+};
+
+}  // namespace gf::bench

@@ -1,0 +1,52 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "ProcessMeter.h"
+
+namespace gf::bench {
+namespace {
+
+TEST(ProcessMeterTest, ReadsTheFieldsOfProcFiles) {
+    EXPECT_EQ(schedstatRuntime("327277847 899543 24\n"), 327277847u);
+    EXPECT_FALSE(schedstatRuntime(""));
+
+    const std::string status =
+        "Name:\tglimmerfold\nVmRSS:\t   41236 kB\nThreads:\t4\n"
+        "voluntary_ctxt_switches:\t812\nnonvoluntary_ctxt_switches:\t17\n";
+    EXPECT_EQ(statusNumber(status, "VmRSS"), 41236u);
+    EXPECT_EQ(statusNumber(status, "voluntary_ctxt_switches"), 812u);
+    EXPECT_EQ(statusNumber(status, "nonvoluntary_ctxt_switches"), 17u);
+    EXPECT_FALSE(statusNumber(status, "VmSwap"));
+    EXPECT_FALSE(statusNumber(status, "Name")) << "not a number";
+}
+
+TEST(ProcessMeterTest, UsageIsPerSecondAndCountsNewThreadsFromZero) {
+    ProcessSample before;
+    before.valid = true;
+    before.threads = {{1, "glimmerfold", 1'000'000'000, 100}, {2, "glimmerfold.ax", 0, 0}};
+    ProcessSample after;
+    after.valid = true;
+    after.threads = {{1, "glimmerfold", 1'020'000'000, 140},
+                     {2, "glimmerfold.ax", 10'000'000, 250},
+                     {3, "QXcbEventQueue", 10'000'000, 10}};
+    const ProcessUsage usage = usageBetween(before, after, 2.0);
+    EXPECT_DOUBLE_EQ(usage.cpuPercent, 2.0);  // 40 ms in 2 s
+    EXPECT_DOUBLE_EQ(usage.wakeupsPerSecond, 150.0);
+    EXPECT_DOUBLE_EQ(usage.wakeupsPerSecondByThread.at("glimmerfold.ax"), 125.0);
+    EXPECT_DOUBLE_EQ(usage.wakeupsPerSecondByThread.at("QXcbEventQueue"), 5.0);
+
+    ProcessSample gone;
+    EXPECT_EQ(usageBetween(before, gone, 2.0).cpuPercent, 0.0);
+}
+
+TEST(ProcessMeterTest, SamplesThisProcess) {
+    const ProcessSample sample = sampleProcess(getpid());
+    ASSERT_TRUE(sample.valid);
+    EXPECT_GT(sample.residentKiB, 0u);
+    ASSERT_FALSE(sample.threads.empty());
+    EXPECT_EQ(sample.threads.front().name.find('\n'), std::string::npos);
+    EXPECT_FALSE(sampleProcess(-1).valid);
+}
+
+}  // namespace
+}  // namespace gf::bench
