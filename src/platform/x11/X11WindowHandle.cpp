@@ -1,5 +1,7 @@
 #include "platform/x11/X11WindowHandle.h"
 
+#include <xcb/xcbext.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -75,46 +77,105 @@ std::optional<bool> X11WindowHandle::isSizeSettable() {
     return !fixed;
 }
 
-std::optional<X11WindowHandle::ClientGeometry> X11WindowHandle::clientGeometry() const {
-    xcb_connection_t* c = connection_.get();
-    auto geometry = xcbReply(c, xcb_get_geometry_reply, xcb_get_geometry(c, client_));
-    if (!geometry) {
-        return std::nullopt;
+X11WindowHandle::~X11WindowHandle() {
+    if (pendingRead_) {
+        xcb_discard_reply(connection_.get(), pendingRead_->geometry.sequence);
+        xcb_discard_reply(connection_.get(), pendingRead_->extents.sequence);
     }
-    return ClientGeometry{
-        Size{static_cast<double>(geometry->width), static_cast<double>(geometry->height)},
-        static_cast<double>(geometry->border_width)};
+}
+
+X11WindowHandle::PlacementCookies X11WindowHandle::requestPlacement() const {
+    return {xcb_get_geometry(connection_.get(), client_), inspector_.requestFrameExtents(client_)};
+}
+
+std::optional<X11WindowHandle::Placement> X11WindowHandle::collectPlacement(
+    const PlacementCookies& cookies) const {
+    auto geometry = xcbReply(connection_.get(), xcb_get_geometry_reply, cookies.geometry);
+    return placementFrom(geometry.get(), inspector_.collectFrameExtents(cookies.extents));
+}
+
+std::optional<X11WindowHandle::Placement> X11WindowHandle::placementFrom(
+    const xcb_get_geometry_reply_t* geometry, std::optional<FrameExtents> extents) const {
+    // Nobody reads this connection's events; errors of requests sent without
+    // a check would otherwise pile up in its queue.
+    connection_.discardQueuedEvents();
+    if (geometry == nullptr || !extents) {
+        return std::nullopt;  // the window vanished
+    }
+    return Placement{
+        {Size{static_cast<double>(geometry->width), static_cast<double>(geometry->height)},
+         static_cast<double>(geometry->border_width)},
+        *extents};
+}
+
+// A drag writes 125 times a second, and a write that waited for a read
+// before it would cost a round trip, a wake-up and a little latency each time.
+// So each write reads for the next one: the answer has long arrived when the
+// next tick comes, and it is at most one tick old. Only the first write of a
+// handle waits. A window that vanished is noticed one write later; that write
+// went to a window manager that ignores requests for unknown windows.
+std::optional<X11WindowHandle::Placement> X11WindowHandle::placementForWrite() {
+    std::lock_guard lock(readMutex_);
+    if (pendingRead_) {
+        // The extents were asked last: once they are here, so is the geometry.
+        void* extentsReply = nullptr;
+        xcb_generic_error_t* extentsError = nullptr;
+        const bool arrived = xcb_poll_for_reply(connection_.get(), pendingRead_->extents.sequence,
+                                                &extentsReply, &extentsError) != 0;
+        XcbPointer<xcb_get_property_reply_t> extents(
+            static_cast<xcb_get_property_reply_t*>(extentsReply));
+        XcbPointer<xcb_generic_error_t> dropped(extentsError);
+        if (arrived) {
+            auto geometry =
+                xcbReply(connection_.get(), xcb_get_geometry_reply, pendingRead_->geometry);
+            pendingRead_.reset();
+            knownPlacement_ =
+                placementFrom(geometry.get(), inspector_.frameExtentsFrom(extents.get()));
+            if (!knownPlacement_) {
+                return std::nullopt;
+            }
+        }
+        // Not yet arrived: asked by the write just before (a resize writes
+        // position and size in a row), whose placement serves this one too.
+    } else if (!knownPlacement_) {
+        knownPlacement_ = collectPlacement(requestPlacement());
+        if (!knownPlacement_) {
+            return std::nullopt;
+        }
+    }
+    if (!pendingRead_) {
+        pendingRead_ = requestPlacement();
+        connection_.flush();
+    }
+    return knownPlacement_;
 }
 
 bool X11WindowHandle::setPosition(Point topLeft) {
-    std::optional<Size> size;
-    {
-        std::lock_guard lock(mutex_);
-        size = requestedClientSize_;
-    }
-    if (!size) {
-        const std::optional<ClientGeometry> geometry = clientGeometry();
-        if (!geometry) {
-            return false;
-        }
-        size = geometry->size;
-    }
-    if (!inspector_.frameExtents(client_)) {
+    const std::optional<Placement> current = placementForWrite();
+    if (!current) {
         return false;
     }
+    Size size = current->client.size;
+    {
+        std::lock_guard lock(mutex_);
+        size = requestedClientSize_.value_or(size);
+    }
     const Point frameTopLeft{std::round(topLeft.x), std::round(topLeft.y)};
-    if (!requestFrame(frameTopLeft, *size)) {
+    if (isRequestRepeated(frameTopLeft, size)) {
+        return true;
+    }
+    if (!requestFrame(frameTopLeft, size)) {
         return false;
     }
     std::lock_guard lock(mutex_);
     requestedFramePosition_ = frameTopLeft;
+    lastRequest_ = {frameTopLeft, size};
     return true;
 }
 
 bool X11WindowHandle::setSize(Size size) {
-    const std::optional<FrameExtents> extents = inspector_.frameExtents(client_);
-    const std::optional<ClientGeometry> geometry = clientGeometry();
-    if (!extents || !geometry) {
+    const std::optional<Placement> current = placementForWrite();
+    if (!current) {
         return false;
     }
     std::optional<Point> topLeft;
@@ -130,16 +191,30 @@ bool X11WindowHandle::setSize(Size size) {
     }
     // The frame's size is asked for; the client gets it minus the decorations
     // and its own border (which only unmanaged windows keep).
-    const double border = 2 * geometry->borderWidth;
+    const FrameExtents& extents = current->extents;
+    const double border = 2 * current->client.borderWidth;
     const Size client{
-        std::max(1.0, std::round(size.width) - extents->left - extents->right - border),
-        std::max(1.0, std::round(size.height) - extents->top - extents->bottom - border)};
+        std::max(1.0, std::round(size.width) - extents.left - extents.right - border),
+        std::max(1.0, std::round(size.height) - extents.top - extents.bottom - border)};
+    if (isRequestRepeated(*topLeft, client)) {
+        return true;
+    }
     if (!requestFrame(*topLeft, client)) {
         return false;
     }
     std::lock_guard lock(mutex_);
     requestedClientSize_ = client;
+    lastRequest_ = {*topLeft, client};
     return true;
+}
+
+// A resize writes its fixed corner before the size on every tick, and a
+// resting pointer repeats the last position: asking the window manager again
+// for what this handle asked last would only make it configure the window again.
+bool X11WindowHandle::isRequestRepeated(Point frameTopLeft, Size clientSize) const {
+    std::lock_guard lock(mutex_);
+    return lastRequest_ && lastRequest_->first == frameTopLeft &&
+           lastRequest_->second == clientSize;
 }
 
 bool X11WindowHandle::requestFrame(Point frameTopLeft, Size clientSize) {
@@ -151,11 +226,14 @@ bool X11WindowHandle::requestFrame(Point frameTopLeft, Size clientSize) {
         // North-west gravity places the frame's corner where asked (static
         // gravity would place the client's). Width and height always go along:
         // some window managers grow a window on every position-only request.
-        return connection_.sendToWindowManager(
+        // Not waited for: the placement read just before proved the window is
+        // there, and the next tick asks again anyway.
+        connection_.postToWindowManager(
             client_, connection_.atoms().netMoveResizeWindow,
             {kGravityNorthWest | kMoveResizeAllFields | (kSourceIndicationTool << 12),
              static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y),
              static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height)});
+        return true;
     }
     const std::array<std::uint32_t, 4> values{
         static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y),

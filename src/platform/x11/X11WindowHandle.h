@@ -5,14 +5,15 @@
 #include <cstdint>
 #include <mutex>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "platform/WindowHandle.h"
+#include "platform/x11/X11WindowInspector.h"
 
 namespace gf {
 
 class XcbConnection;
-class X11WindowInspector;
 
 // A client window reached through a connection that never reads events, so
 // it may be used from any thread while the main thread reads input.
@@ -22,6 +23,9 @@ class X11WindowHandle final : public WindowHandle {
     // changes are asked of it rather than made directly.
     X11WindowHandle(const XcbConnection& connection, const X11WindowInspector& inspector,
                     xcb_window_t client, bool managedByEwmh);
+    ~X11WindowHandle() override;
+    X11WindowHandle(const X11WindowHandle&) = delete;
+    X11WindowHandle& operator=(const X11WindowHandle&) = delete;
 
     std::optional<std::uint32_t> windowNumber() const override { return client_; }
 
@@ -35,6 +39,7 @@ class X11WindowHandle final : public WindowHandle {
 
   private:
     bool requestFrame(Point frameTopLeft, Size clientSize);
+    bool isRequestRepeated(Point frameTopLeft, Size clientSize) const;
     bool requestRaise();
     bool activate();
     bool waitUntilAbove(xcb_window_t frame, const std::vector<xcb_window_t>& others) const;
@@ -42,7 +47,21 @@ class X11WindowHandle final : public WindowHandle {
         Size size;           // inside the border
         double borderWidth;  // the window's own X border
     };
-    std::optional<ClientGeometry> clientGeometry() const;
+    // The client's geometry and its decorations, asked together.
+    struct Placement {
+        ClientGeometry client;
+        FrameExtents extents;
+    };
+    struct PlacementCookies {
+        xcb_get_geometry_cookie_t geometry;
+        xcb_get_property_cookie_t extents;
+    };
+    PlacementCookies requestPlacement() const;
+    std::optional<Placement> collectPlacement(const PlacementCookies& cookies) const;
+    std::optional<Placement> placementFrom(const xcb_get_geometry_reply_t* geometry,
+                                           std::optional<FrameExtents> extents) const;
+    // What a write needs to know; waits for the server only on the first write.
+    std::optional<Placement> placementForWrite();
 
     const XcbConnection& connection_;
     const X11WindowInspector& inspector_;
@@ -55,6 +74,13 @@ class X11WindowHandle final : public WindowHandle {
     mutable std::mutex mutex_;
     std::optional<Point> requestedFramePosition_;
     std::optional<Size> requestedClientSize_;
+    // The frame position and client size of the last request sent.
+    std::optional<std::pair<Point, Size>> lastRequest_;
+
+    // The placement as last read, and the read on its way for the next write.
+    std::mutex readMutex_;
+    std::optional<Placement> knownPlacement_;
+    std::optional<PlacementCookies> pendingRead_;
 };
 
 }  // namespace gf

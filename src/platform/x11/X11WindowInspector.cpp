@@ -523,14 +523,26 @@ std::vector<WindowDescription> X11WindowInspector::describe(
 }
 
 std::optional<FrameExtents> X11WindowInspector::frameExtents(xcb_window_t client) const {
-    xcb_connection_t* c = connection_.get();
-    auto reply = xcbReply(
-        c, xcb_get_property_reply,
-        requestProperty(c, client, connection_.atoms().netFrameExtents, XCB_ATOM_CARDINAL, 4));
-    if (!reply) {
+    return collectFrameExtents(requestFrameExtents(client));
+}
+
+xcb_get_property_cookie_t X11WindowInspector::requestFrameExtents(xcb_window_t client) const {
+    return requestProperty(connection_.get(), client, connection_.atoms().netFrameExtents,
+                           XCB_ATOM_CARDINAL, 4);
+}
+
+std::optional<FrameExtents> X11WindowInspector::collectFrameExtents(
+    xcb_get_property_cookie_t cookie) const {
+    auto reply = xcbReply(connection_.get(), xcb_get_property_reply, cookie);
+    return frameExtentsFrom(reply.get());
+}
+
+std::optional<FrameExtents> X11WindowInspector::frameExtentsFrom(
+    const xcb_get_property_reply_t* reply) const {
+    if (reply == nullptr) {
         return std::nullopt;
     }
-    const std::vector<std::uint32_t> sizes = values32(reply.get());
+    const std::vector<std::uint32_t> sizes = values32(reply);
     if (sizes.size() < 4) {
         return FrameExtents{};
     }

@@ -68,6 +68,11 @@ class X11WindowInspector {
     // The client's decoration sizes: zero when it has none, nullopt when the
     // window vanished.
     std::optional<FrameExtents> frameExtents(xcb_window_t client) const;
+    // The same in two steps, so that the question can travel with others.
+    xcb_get_property_cookie_t requestFrameExtents(xcb_window_t client) const;
+    std::optional<FrameExtents> collectFrameExtents(xcb_get_property_cookie_t cookie) const;
+    // The extents in a reply already at hand; nullopt for no reply (an error).
+    std::optional<FrameExtents> frameExtentsFrom(const xcb_get_property_reply_t* reply) const;
 
     // The managed windows in mapping order (_NET_CLIENT_LIST); nullopt without
     // a window manager that publishes the list.

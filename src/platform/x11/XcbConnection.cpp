@@ -81,19 +81,38 @@ bool XcbConnection::hasExtension(xcb_extension_t* extension) const {
     return data != nullptr && data->present != 0;
 }
 
-bool XcbConnection::sendToWindowManager(xcb_window_t window, xcb_atom_t type,
-                                        const std::array<std::uint32_t, 5>& data) const {
+namespace {
+
+xcb_client_message_event_t clientMessage(xcb_window_t window, xcb_atom_t type,
+                                         const std::array<std::uint32_t, 5>& data) {
     xcb_client_message_event_t message{};
     message.response_type = XCB_CLIENT_MESSAGE;
     message.format = 32;
     message.window = window;
     message.type = type;
     std::copy(data.begin(), data.end(), message.data.data32);
+    return message;
+}
+
+constexpr std::uint32_t kWindowManagerMask =
+    XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+
+}  // namespace
+
+bool XcbConnection::sendToWindowManager(xcb_window_t window, xcb_atom_t type,
+                                        const std::array<std::uint32_t, 5>& data) const {
+    const xcb_client_message_event_t message = clientMessage(window, type, data);
     xcb_connection_t* c = connection_.get();
-    const std::uint32_t mask =
-        XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
-    return xcbSucceeded(
-        c, xcb_send_event_checked(c, 0, root(), mask, reinterpret_cast<const char*>(&message)));
+    return xcbSucceeded(c, xcb_send_event_checked(c, 0, root(), kWindowManagerMask,
+                                                  reinterpret_cast<const char*>(&message)));
+}
+
+void XcbConnection::postToWindowManager(xcb_window_t window, xcb_atom_t type,
+                                        const std::array<std::uint32_t, 5>& data) const {
+    const xcb_client_message_event_t message = clientMessage(window, type, data);
+    xcb_send_event(connection_.get(), 0, root(), kWindowManagerMask,
+                   reinterpret_cast<const char*>(&message));
+    xcb_flush(connection_.get());
 }
 
 void XcbConnection::discardQueuedEvents() const {
