@@ -56,6 +56,9 @@ void AutoRaiseManager::handleMouseMoved(std::uint64_t flags) {
 
     // The delivered event may lag behind; the target is where the pointer is now.
     const Point pointer = platform_.input.currentPointerPosition().value_or(Point{});
+    if (isStillOverTarget(pointer)) {
+        return;
+    }
     std::optional<LocatedWindow> located = locateWindowWithWindowServer(platform_, pointer);
     if (!located) {
         located = locateWindowWithWindowList(platform_, pointer);
@@ -76,6 +79,18 @@ void AutoRaiseManager::handleMouseMoved(std::uint64_t flags) {
     raiseTimer_ = platform_.mainThread.scheduleOnce(
         delay, [this, window = std::move(located->windowHandle), activateApplication,
                 pid = located->pid] { raise(window, activateApplication, pid); });
+}
+
+// Nearly every motion stays over the window already chosen. One question to
+// the window server tells; the full location, which also finds the window's
+// application and handle, is only worth its cost when the answer changes.
+bool AutoRaiseManager::isStillOverTarget(Point pointer) const {
+    if (lastWindowID_ == 0) {
+        return false;
+    }
+    const auto found = platform_.windowServer.windowAt(pointer);
+    return found && found->windowNumber == lastWindowID_ && found->ownerPid &&
+           isAcceptedLayer(found->layer, platform_.windowServer.dockLayer());
 }
 
 void AutoRaiseManager::raise(std::shared_ptr<WindowHandle> window, bool activateApplication,

@@ -34,6 +34,7 @@ class AutoRaiseManager {
     bool isStarted() const { return monitor_ != nullptr; }
 
   private:
+    bool isStillOverTarget(Point pointer) const;
     void cancelPendingRaise();
 
     Settings& settings_;

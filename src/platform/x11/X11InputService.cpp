@@ -90,6 +90,11 @@ std::unique_ptr<MonitorToken> X11InputService::addPointerMovedMonitor(
 }
 
 std::optional<Point> X11InputService::currentPointerPosition() {
+    // Within a delivery the position read for it a moment ago is the current
+    // one; reading it again would cost every pointer motion another round trip.
+    if (pointerBeingDelivered_) {
+        return pointerBeingDelivered_;
+    }
     if (auto pointer = queryPointer()) {
         return pointer->location;
     }
@@ -283,6 +288,7 @@ void X11InputService::deliverPendingMotion() {
     const InputEventType type = (pointer->mask & XCB_BUTTON_MASK_1) != 0
                                     ? InputEventType::leftMouseDragged
                                     : InputEventType::mouseMoved;
+    const DeliveringPointer delivering(*this, pointer->location);
     deliverToTaps({type, flags, pointer->location}, true);
     for (auto it = monitors_.begin(); it != monitors_.end();) {
         const int id = it->first;
@@ -294,6 +300,8 @@ void X11InputService::deliverPendingMotion() {
 
 void X11InputService::deliverFlagsChanged(std::uint8_t modifiers) {
     const std::optional<PointerState> pointer = queryPointer();
+    const DeliveringPointer delivering(*this,
+                                       pointer ? std::optional(pointer->location) : std::nullopt);
     deliverToTaps({InputEventType::flagsChanged, flagsFromModifierState(modifiers),
                    pointer ? pointer->location : Point{}},
                   false);

@@ -60,6 +60,23 @@ class X11InputService final : public InputService, public X11EventListener {
         std::uint16_t mask = 0;
     };
 
+    // Marks the position read for the event being delivered, for as long as
+    // the callbacks run (they may start or end a nested delivery).
+    class DeliveringPointer {
+      public:
+        DeliveringPointer(X11InputService& service, std::optional<Point> location)
+            : service_(service), previous_(service.pointerBeingDelivered_) {
+            service_.pointerBeingDelivered_ = location;
+        }
+        ~DeliveringPointer() { service_.pointerBeingDelivered_ = previous_; }
+        DeliveringPointer(const DeliveringPointer&) = delete;
+        DeliveringPointer& operator=(const DeliveringPointer&) = delete;
+
+      private:
+        X11InputService& service_;
+        std::optional<Point> previous_;
+    };
+
     void initializeExtensions();
     void updateSelections(bool force);
     void selectKeyboardEvents(bool wanted);
@@ -85,6 +102,7 @@ class X11InputService final : public InputService, public X11EventListener {
     bool motionSelected_ = false;
     bool hierarchySelected_ = false;
     bool motionPending_ = false;
+    std::optional<Point> pointerBeingDelivered_;
 };
 
 }  // namespace gf

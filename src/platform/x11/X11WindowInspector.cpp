@@ -106,6 +106,13 @@ std::optional<StackedWindow> X11WindowInspector::stackedWindowAt(Point point) co
     if (!translated || translated->child == XCB_WINDOW_NONE) {
         return std::nullopt;
     }
+    // Asked on every pointer motion while auto raise is on, and the pointer
+    // mostly stays over a frame already seen: one check of the client
+    // remembered for it replaces finding the client all over again.
+    if (const xcb_window_t known = cachedClientInside(translated->child);
+        known != XCB_WINDOW_NONE) {
+        return StackedWindow{translated->child, known, false};
+    }
     auto topLevels = mappedTopLevels({translated->child});
     if (!topLevels) {
         return std::nullopt;
@@ -118,7 +125,11 @@ std::optional<StackedWindow> X11WindowInspector::stackedWindowAt(Point point) co
     if (resolved.empty()) {
         return std::nullopt;
     }
-    return resolved.front();
+    const StackedWindow& found = resolved.front();
+    if (!found.overrideRedirect && found.client != found.frame) {
+        rememberClientInside(found.frame, found.client);
+    }
+    return found;
 }
 
 std::optional<StackedWindow> X11WindowInspector::scanForWindowAt(Point point) const {
@@ -182,6 +193,15 @@ std::vector<bool> X11WindowInspector::carryWmState(const std::vector<xcb_window_
 }
 
 xcb_window_t X11WindowInspector::findClientInside(xcb_window_t frame) const {
+    if (const xcb_window_t cached = cachedClientInside(frame); cached != XCB_WINDOW_NONE) {
+        return cached;
+    }
+    const xcb_window_t client = searchClientInside(frame);
+    rememberClientInside(frame, client);
+    return client;
+}
+
+xcb_window_t X11WindowInspector::cachedClientInside(xcb_window_t frame) const {
     xcb_window_t cached = XCB_WINDOW_NONE;
     {
         std::lock_guard lock(cacheMutex_);
@@ -189,10 +209,13 @@ xcb_window_t X11WindowInspector::findClientInside(xcb_window_t frame) const {
             cached = found->second;
         }
     }
-    if (cached != XCB_WINDOW_NONE && isClientInside(cached, frame)) {
-        return cached;
+    if (cached == XCB_WINDOW_NONE || !isClientInside(cached, frame)) {
+        return XCB_WINDOW_NONE;
     }
-    const xcb_window_t client = searchClientInside(frame);
+    return cached;
+}
+
+void X11WindowInspector::rememberClientInside(xcb_window_t frame, xcb_window_t client) const {
     std::lock_guard lock(cacheMutex_);
     if (clientOfFrame_.size() >= kMaxCachedFrames) {
         clientOfFrame_.clear();  // frames of closed windows would pile up otherwise
@@ -202,7 +225,6 @@ xcb_window_t X11WindowInspector::findClientInside(xcb_window_t frame) const {
     } else {
         clientOfFrame_.erase(frame);
     }
-    return client;
 }
 
 bool X11WindowInspector::isClientInside(xcb_window_t client, xcb_window_t frame) const {

@@ -123,6 +123,9 @@ class X11WindowInspector {
     std::vector<StackedWindow> resolveClients(const std::vector<TopLevel>& topLevels) const;
     std::vector<bool> carryWmState(const std::vector<xcb_window_t>& windows) const;
     xcb_window_t findClientInside(xcb_window_t frame) const;
+    // The client remembered for a frame if it is still inside it, else none.
+    xcb_window_t cachedClientInside(xcb_window_t frame) const;
+    void rememberClientInside(xcb_window_t frame, xcb_window_t client) const;
     xcb_window_t searchClientInside(xcb_window_t frame) const;
     bool isClientInside(xcb_window_t client, xcb_window_t frame) const;
     std::optional<std::vector<TopLevel>> mappedTopLevels(
