@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <thread>
 
+#include "MotionSchedule.h"
 #include "PollUntil.h"
 #include "TrayIconFinder.h"
 
@@ -24,8 +25,11 @@ constexpr int kClientHeight = 150;
 constexpr int kLeftButton = 1;
 constexpr int kRightButton = 3;
 constexpr int kMaxNudges = 40;
-constexpr auto kNudgeWait = 25ms;
+constexpr auto kNudgeWait = 10ms;
 constexpr auto kStill = 40ms;
+// Longer than a tick: once the frame has not changed for this long after the
+// keys are let go, the gesture's last write has landed.
+constexpr auto kStillAfterQuickGesture = 15ms;
 constexpr auto kCatchUpTimeout = 1s;
 
 const char* moverName(bool glimmerfold) {
@@ -238,7 +242,7 @@ void Bench::measureMemory(BenchResults& results) {
             followed = watcher_->waitForLatest(
                 [&](const FrameReport& now) { return now.x != before.x; }, kNudgeWait);
         }
-        letGo(Mover::glimmerfold, Gesture::move);
+        letGo(Mover::glimmerfold, Gesture::move, kStillAfterQuickGesture);
         x += direction * nudge;
         ++memory.gesturesTried;
         memory.gesturesTaken += followed ? 1 : 0;
@@ -267,7 +271,8 @@ LatencyRun Bench::measureLatency(Mover mover, Gesture gesture, int rateHz, bool 
     watcher_->takeReports();
 
     const auto count = static_cast<std::size_t>(plan_.latencySeconds * rateHz);
-    const std::chrono::duration<double> period(1.0 / rateHz);
+    const std::vector<std::chrono::nanoseconds> schedule =
+        motionSchedule(rateHz, count, static_cast<std::uint32_t>(rateHz));
     std::vector<TimedKey> motions;
     motions.reserve(count);
     const pid_t pids[] = {glimmerfold_->pid(), desktop_.windowManagerPid(), desktop_.serverPid()};
@@ -277,8 +282,7 @@ LatencyRun Bench::measureLatency(Mover mover, Gesture gesture, int rateHz, bool 
     }
     const auto started = Clock::now();
     for (std::size_t i = 0; i < count; ++i) {
-        std::this_thread::sleep_until(
-            started + std::chrono::duration_cast<Clock::duration>(period * static_cast<double>(i)));
+        std::this_thread::sleep_until(started + schedule[i]);
         const PixelOffset offset = path_.at(i);
         const int x = hold->pointerX + offset.dx;
         const int y = hold->pointerY + offset.dy;
@@ -293,7 +297,7 @@ LatencyRun Bench::measureLatency(Mover mover, Gesture gesture, int rateHz, bool 
     for (int i = 0; i < 3; ++i) {
         after[i] = sampleProcess(pids[i]);
     }
-    letGo(mover, gesture);
+    letGo(mover, gesture, kStill);
 
     run.motions = count;
     run.seconds = std::chrono::duration<double>(finished - started).count();
@@ -306,6 +310,9 @@ LatencyRun Bench::measureLatency(Mover mover, Gesture gesture, int rateHz, bool 
     }
     const LatencyMatch match = matchMotionsToReports(motions, reports);
     run.latency = distributionOf(match.latenciesMs);
+    if (plan_.keepRawLatencies) {
+        run.latenciesMs = match.latenciesMs;
+    }
     run.shownExactly = match.shownExactly;
     run.neverShown = match.neverShown;
     run.strayReports = match.strayReports;
@@ -333,7 +340,7 @@ std::optional<Bench::Hold> Bench::takeHold(Mover mover, Gesture gesture) {
             [&](const FrameReport& now) { return frameKey(gesture, now) != before; }, kNudgeWait);
     }
     if (!followed) {
-        letGo(mover, gesture);
+        letGo(mover, gesture, kStill);
         return std::nullopt;
     }
     watcher_->waitUntilStill(kStill, kCatchUpTimeout);
@@ -354,7 +361,7 @@ void Bench::pressFor(Mover mover, Gesture gesture) {
     }
 }
 
-void Bench::letGo(Mover mover, Gesture gesture) {
+void Bench::letGo(Mover mover, Gesture gesture, std::chrono::milliseconds still) {
     if (mover == Mover::glimmerfold) {
         hands_->releaseKey(gesture == Gesture::move ? superL : altL);
         hands_->releaseKey(controlL);
@@ -362,7 +369,7 @@ void Bench::letGo(Mover mover, Gesture gesture) {
         hands_->releaseButton(gesture == Gesture::move ? kLeftButton : kRightButton);
         hands_->releaseKey(altL);
     }
-    watcher_->waitUntilStill(kStill, kCatchUpTimeout);
+    watcher_->waitUntilStill(still, kCatchUpTimeout);
 }
 
 bool Bench::placeHome() {

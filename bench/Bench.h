@@ -28,6 +28,7 @@ struct BenchPlan {
     bool withLatency = true;
     bool withAutoRaise = true;
     bool withResize = true;
+    bool keepRawLatencies = false;
 
     static BenchPlan full() { return {}; }
     static BenchPlan smokeTest();
@@ -65,7 +66,7 @@ class Bench {
     LatencyRun measureLatency(Mover mover, Gesture gesture, int rateHz, bool autoRaise);
 
     std::optional<Hold> takeHold(Mover mover, Gesture gesture);
-    void letGo(Mover mover, Gesture gesture);
+    void letGo(Mover mover, Gesture gesture, std::chrono::milliseconds still);
     void pressFor(Mover mover, Gesture gesture);
     bool placeHome();
     std::pair<int, int> grabPoint(Gesture gesture) const;

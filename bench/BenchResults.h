@@ -29,6 +29,7 @@ struct LatencyRun {
     std::size_t motions = 0;
     double seconds = 0;  // from the first motion until the frame showed the last
     Distribution latency;
+    std::vector<double> latenciesMs;  // every motion's, kept only when asked for
     std::size_t shownExactly = 0;
     std::size_t neverShown = 0;
     std::size_t strayReports = 0;

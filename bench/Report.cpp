@@ -313,6 +313,10 @@ std::string markdownReport(const BenchResults& results) {
 std::string jsonReport(const BenchResults& results) {
     QJsonArray latency;
     for (const LatencyRun& run : results.latencyRuns) {
+        QJsonArray raw;
+        for (double ms : run.latenciesMs) {
+            raw.append(ms);
+        }
         latency.append(QJsonObject{
             {"mover", QString::fromStdString(run.mover)},
             {"gesture", QString::fromStdString(run.gesture)},
@@ -321,6 +325,7 @@ std::string jsonReport(const BenchResults& results) {
             {"motions", static_cast<qint64>(run.motions)},
             {"seconds", run.seconds},
             {"latencyMs", toJson(run.latency)},
+            {"everyLatencyMs", raw},
             {"shownExactly", static_cast<qint64>(run.shownExactly)},
             {"neverShown", static_cast<qint64>(run.neverShown)},
             {"strayReports", static_cast<qint64>(run.strayReports)},

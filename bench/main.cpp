@@ -31,7 +31,8 @@ void printUsage() {
                  "  --smoke    a few seconds of each part, to prove that the bench still works\n"
                  "  --only     some of idle,memory,latency,autoraise (start-up always runs)\n"
                  "  --rates    input rates of the latency runs (default 250,500,1000)\n"
-                 "  --seconds  length of each latency run (default 3)\n";
+                 "  --seconds  length of each latency run (default 3)\n"
+           "  --raw      every motion's latency in results.json\n";
 }
 
 std::vector<std::string> commaList(const std::string& text) {
@@ -67,6 +68,8 @@ bool parse(int argc, char** argv, Arguments& arguments) {
         const bool hasValue = i + 1 < argc;
         if (argument == "--smoke") {
             arguments.plan = gf::bench::BenchPlan::smokeTest();
+        } else if (argument == "--raw") {
+            arguments.plan.keepRawLatencies = true;
         } else if (argument == "--output" && hasValue) {
             arguments.output = argv[++i];
         } else if (argument == "--glimmerfold" && hasValue) {

@@ -5,6 +5,7 @@
 
 #include "LatencyMatch.h"
 #include "MotionPath.h"
+#include "MotionSchedule.h"
 
 namespace gf::bench {
 namespace {
@@ -86,6 +87,26 @@ TEST(MotionPathTest, EveryMotionHasItsOwnPlaceOnePixelFromTheLast) {
     EXPECT_EQ(path.extent(10), (PixelOffset{10, 0}));
     EXPECT_NE(pairKey(1, 2), pairKey(2, 1));
     EXPECT_NE(pairKey(-1, 0), pairKey(0, -1));
+}
+
+TEST(MotionScheduleTest, BurstsAtTheRateWithPausesShorterThanATick) {
+    const auto schedule = motionSchedule(1000, 3000, 1);
+    ASSERT_EQ(schedule.size(), 3000u);
+    EXPECT_EQ(schedule.front().count(), 0);
+    std::set<std::int64_t> pauses;
+    for (std::size_t i = 1; i < schedule.size(); ++i) {
+        const auto gap = schedule[i] - schedule[i - 1];
+        if (i % 250 != 0) {
+            EXPECT_EQ(gap, std::chrono::milliseconds(1)) << i;
+        } else {
+            EXPECT_GE(gap, std::chrono::milliseconds(1)) << i;
+            EXPECT_LT(gap, std::chrono::milliseconds(1) + kLongestPause) << i;
+            pauses.insert(gap.count());
+        }
+    }
+    EXPECT_GT(pauses.size(), 5u) << "the pauses differ, so the bursts meet the tick at other phases";
+    EXPECT_EQ(motionSchedule(1000, 3000, 1), schedule) << "the same seed, the same run";
+    EXPECT_EQ(motionSchedule(250, 2, 1)[1], std::chrono::milliseconds(4));
 }
 
 }  // namespace
