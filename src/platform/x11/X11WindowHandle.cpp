@@ -143,11 +143,18 @@ std::optional<X11WindowHandle::Placement> X11WindowHandle::placementForWrite() {
             return std::nullopt;
         }
     }
-    if (!pendingRead_) {
-        pendingRead_ = requestPlacement();
-        connection_.flush();
-    }
     return knownPlacement_;
+}
+
+void X11WindowHandle::readAheadAndFlush() {
+    {
+        std::lock_guard lock(readMutex_);
+        if (!pendingRead_) {
+            pendingRead_ = requestPlacement();
+        }
+    }
+    // One write to the socket for the request and the read behind it.
+    connection_.flush();
 }
 
 bool X11WindowHandle::setPosition(Point topLeft) {
@@ -161,15 +168,15 @@ bool X11WindowHandle::setPosition(Point topLeft) {
         size = requestedClientSize_.value_or(size);
     }
     const Point frameTopLeft{std::round(topLeft.x), std::round(topLeft.y)};
-    if (isRequestRepeated(frameTopLeft, size)) {
-        return true;
+    if (!isRequestRepeated(frameTopLeft, size)) {
+        if (!requestFrame(frameTopLeft, size)) {
+            return false;
+        }
+        std::lock_guard lock(mutex_);
+        requestedFramePosition_ = frameTopLeft;
+        lastRequest_ = {frameTopLeft, size};
     }
-    if (!requestFrame(frameTopLeft, size)) {
-        return false;
-    }
-    std::lock_guard lock(mutex_);
-    requestedFramePosition_ = frameTopLeft;
-    lastRequest_ = {frameTopLeft, size};
+    readAheadAndFlush();
     return true;
 }
 
@@ -196,15 +203,15 @@ bool X11WindowHandle::setSize(Size size) {
     const Size client{
         std::max(1.0, std::round(size.width) - extents.left - extents.right - border),
         std::max(1.0, std::round(size.height) - extents.top - extents.bottom - border)};
-    if (isRequestRepeated(*topLeft, client)) {
-        return true;
+    if (!isRequestRepeated(*topLeft, client)) {
+        if (!requestFrame(*topLeft, client)) {
+            return false;
+        }
+        std::lock_guard lock(mutex_);
+        requestedClientSize_ = client;
+        lastRequest_ = {*topLeft, client};
     }
-    if (!requestFrame(*topLeft, client)) {
-        return false;
-    }
-    std::lock_guard lock(mutex_);
-    requestedClientSize_ = client;
-    lastRequest_ = {*topLeft, client};
+    readAheadAndFlush();
     return true;
 }
 

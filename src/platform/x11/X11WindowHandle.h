@@ -62,6 +62,8 @@ class X11WindowHandle final : public WindowHandle {
                                            std::optional<FrameExtents> extents) const;
     // What a write needs to know; waits for the server only on the first write.
     std::optional<Placement> placementForWrite();
+    // Asks for the placement the next write will use, and sends what is queued.
+    void readAheadAndFlush();
 
     const XcbConnection& connection_;
     const X11WindowInspector& inspector_;

@@ -112,7 +112,6 @@ void XcbConnection::postToWindowManager(xcb_window_t window, xcb_atom_t type,
     const xcb_client_message_event_t message = clientMessage(window, type, data);
     xcb_send_event(connection_.get(), 0, root(), kWindowManagerMask,
                    reinterpret_cast<const char*>(&message));
-    xcb_flush(connection_.get());
 }
 
 void XcbConnection::discardQueuedEvents() const {

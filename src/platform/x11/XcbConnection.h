@@ -43,9 +43,9 @@ class XcbConnection {
     // manager listens, and waits for the server to accept it.
     bool sendToWindowManager(xcb_window_t window, xcb_atom_t type,
                              const std::array<std::uint32_t, 5>& data) const;
-    // The same without waiting: for a request repeated many times a second,
-    // whose effect shows on the screen anyway. A message to the root cannot
-    // fail, whatever window it names.
+    // The same without waiting, and left for the next flush: for a request
+    // repeated many times a second, whose effect shows on the screen anyway.
+    // A message to the root cannot fail, whatever window it names.
     void postToWindowManager(xcb_window_t window, xcb_atom_t type,
                              const std::array<std::uint32_t, 5>& data) const;
 
