@@ -2,115 +2,201 @@
 
 #include <chrono>
 #include <cstdint>
+#include <map>
+#include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
-#include "fake/FakeDisplays.h"
-#include "fake/FakeGrants.h"
-#include "fake/FakeInput.h"
-#include "fake/FakeMainThreadScheduler.h"
-#include "fake/FakeSerialQueueFactory.h"
-#include "fake/FakeWindowSpec.h"
-#include "fake/FakeWindowSystem.h"
 #include "fake/VirtualTimeline.h"
-#include "fake/WindowWrite.h"
 #include "platform/Platform.h"
 
 namespace gf::test {
 
-// A whole simulated desktop on virtual time: every platform service, with
-// controls for the tests. Timers and serial-queue work run only inside
-// advance() / runPendingQueueWork(), on the calling thread, so unit tests never
-// sleep. Create it before, and destroy it after, whatever uses its platform().
-class FakeDesktop {
+// A whole simulated desktop on virtual time: every platform service, with controls for the tests.
+// Timers and serial-queue work run only inside advance() / runPendingQueueWork(), on the calling
+// thread, so unit tests never sleep. Window handles may be used from any thread, as the engine's
+// background queue does. Create the desktop before, and destroy it after, whatever uses its
+// platform().
+class FakeDesktop final : public InputService,
+                          public WindowServer,
+                          public WindowControl,
+                          public ApplicationRegistry,
+                          public DisplayService,
+                          public GrantService,
+                          public MainThreadScheduler,
+                          public SerialQueueFactory {
   public:
     static constexpr std::int32_t ownPid = 4242;
 
+    // A window as a test describes it. gcc 12 warns about designated initializers that leave
+    // members out, hence the chainable helpers: Window::at({0, 0, 400, 300}, 7).withLayer(...).
+    struct Window {
+        std::int32_t pid = 1000;
+        Rect frame;  // outer frame, global top-left coordinates
+        int layer = WindowLayer::normal;
+        std::optional<std::string> identifier;  // the owning application's identifier
+        bool sizeSettable = true;
+        bool hasHandle = true;    // listed among its process's manipulable windows
+        bool numberKnown = true;  // its handle can tell its window number
+        bool boundsKnown = true;  // the window server reports its bounds
+
+        static Window at(Rect frame, std::int32_t pid = 1000) {
+            Window w;
+            w.frame = frame;
+            w.pid = pid;
+            return w;
+        }
+        Window& withLayer(int value) { return set(&Window::layer, value); }
+        Window& withIdentifier(std::string value) { return set(&Window::identifier, value); }
+        Window& withFixedSize() { return set(&Window::sizeSettable, false); }
+        Window& withoutHandle() { return set(&Window::hasHandle, false); }
+        Window& withUnknownNumber() { return set(&Window::numberKnown, false); }
+        Window& withUnknownBounds() { return set(&Window::boundsKnown, false); }
+
+      private:
+        template <typename T, typename V>
+        Window& set(T Window::*member, V value) {
+            this->*member = std::move(value);
+            return *this;
+        }
+    };
+
+    // One request made to a window or an application attribute. `sequence` orders both kinds.
+    struct Write {
+        enum class Kind { position, size, raise, makeMain };
+        std::uint32_t window = 0;
+        Kind kind = Kind::position;
+        Point point;  // for position
+        Size size;    // for size
+        std::uint64_t sequence = 0;
+    };
+    struct AttributeWrite {
+        std::int32_t pid = 0;
+        bool value = false;
+        std::uint64_t sequence = 0;
+    };
+
     FakeDesktop();
-    ~FakeDesktop();
+    ~FakeDesktop() override;
     FakeDesktop(const FakeDesktop&) = delete;
     FakeDesktop& operator=(const FakeDesktop&) = delete;
 
-    Platform platform();
-    // The same services, with serial queues from another factory (such as the
-    // real threaded one, for concurrency tests).
-    Platform platform(SerialQueueFactory& queues);
+    Platform platform() { return platform(*this); }
+    // The same services, with serial queues from another factory (such as the real threaded
+    // one, for concurrency tests).
+    Platform platform(SerialQueueFactory& queues) {
+        return Platform{*this, *this, *this, *this, *this, *this, *this, queues, ownPid};
+    }
 
     // Virtual time
     void advance(std::chrono::microseconds d) { timeline_.advance(d); }
-    std::chrono::microseconds now() const { return timeline_.now(); }
-    void runPendingQueueWork() { timeline_.runDue(); }
+    void runPendingQueueWork() { timeline_.advance({}); }
+    std::size_t scheduledCount() { return timeline_.scheduledCount(); }
 
-    // Displays: bottom-left coordinates, primary first
-    void setDisplays(std::vector<DisplayInfo> displays) {
-        displays_.setDisplays(std::move(displays));
-    }
+    // Displays, primary first; by default one 1440 x 900 display whose top 25 points are a panel.
+    void setDisplays(std::vector<DisplayInfo> displays) { displays_ = std::move(displays); }
 
-    // Windows, front to back; a new window goes in front; numbers start at 100
-    std::uint32_t addWindow(const FakeWindowSpec& spec) { return windows_.addWindow(spec); }
-    void removeWindow(std::uint32_t number) { windows_.removeWindow(number); }
-    void setFrame(std::uint32_t number, Rect frame) { windows_.setFrame(number, frame); }
-    Rect frameOf(std::uint32_t number) const { return windows_.frameOf(number); }
-    void setGeometryReadable(std::uint32_t number, bool position, bool size) {
-        windows_.setGeometryReadable(number, position, size);
-    }
-    std::vector<std::uint32_t> stackingOrder() const { return windows_.stackingOrder(); }
-    std::vector<WindowWrite> writes() const { return windows_.writes(); }
-    std::vector<AttributeWrite> attributeWrites() const { return windows_.attributeWrites(); }
-    void clearWrites() { windows_.clearWrites(); }
-    void setWindowServerAvailable(bool available) { windows_.setWindowServerAvailable(available); }
-    void setWindowListingFails(std::int32_t pid, bool fails) {
-        windows_.setWindowListingFails(pid, fails);
-    }
+    // Windows, front to back; a new window goes in front; numbers start at 100.
+    std::uint32_t addWindow(const Window& window);
+    Rect frameOf(std::uint32_t number) const;
+    void setGeometryReadable(std::uint32_t number, bool position, bool size);
+    std::vector<std::uint32_t> stackingOrder() const;
+    std::vector<Write> writes() const;
+    std::vector<AttributeWrite> attributeWrites() const;
+    void clearWrites();
+    bool windowServerAvailable = true;
+    std::set<std::int32_t> unlistablePids;  // processes whose windows cannot be listed
 
-    // Applications and their attribute (the "enhanced user interface" switch)
-    void setApplicationAttribute(std::int32_t pid, const std::string& name,
-                                 std::optional<bool> value) {
-        windows_.setApplicationAttributeValue(pid, name, value);
+    // Applications and their attributes (the "enhanced user interface" switch)
+    void setAttribute(std::int32_t pid, const std::string& name, std::optional<bool> value);
+    void addApplication(const RunningApplication& application);
+    void installApplication(const std::string& identifier, const ApplicationIcon& icon) {
+        installed_[identifier] = icon;
     }
-    std::optional<bool> applicationAttributeValue(std::int32_t pid, const std::string& name) const {
-        return windows_.applicationAttributeValue(pid, name);
-    }
-    void addApplication(const RunningApplication& application) {
-        windows_.addApplication(application);
-    }
-    std::vector<std::int32_t> activatedPids() const { return windows_.activatedPids(); }
+    std::vector<std::int32_t> activatedPids;
 
     // Input
-    void setEventTapCreationFails(bool fails) { input_.setEventTapCreationFails(fails); }
-    bool hasEventTap() const { return input_.hasEventTap(); }
-    bool isEventTapEnabled() const { return input_.isEventTapEnabled(); }
-    bool isPointerMotionWanted() const { return input_.isPointerMotionWanted(); }
-    void pressModifiers(std::uint64_t flags) { input_.pressModifiers(flags); }
-    void setHeldModifiersSilently(std::uint64_t flags) { input_.setHeldModifiersSilently(flags); }
-    void movePointer(Point p, std::optional<std::uint64_t> flags = std::nullopt) {
-        input_.movePointer(p, flags);
-    }
-    void dragPointer(Point p, std::optional<std::uint64_t> flags = std::nullopt) {
-        input_.dragPointer(p, flags);
-    }
-    void interruptEventTap() { input_.interruptEventTap(); }
-    void disableEventTapSilently() { input_.disableEventTapSilently(); }
-    Point pointerPosition() const { return input_.pointerPosition(); }
-    std::size_t pointerMonitorCount() const { return input_.pointerMonitorCount(); }
-    void setPointerPositionReadable(bool readable) { input_.setPointerPositionReadable(readable); }
+    bool tapCreationFails = false;
+    std::size_t tapsCreated = 0;
+    bool hasEventTap() const { return liveTap() != nullptr; }
+    bool isEventTapEnabled() const;
+    bool isPointerMotionWanted() const;
+    void pressModifiers(std::uint64_t flags);
+    void holdModifiersSilently(std::uint64_t flags) { flags_ = flags; }
+    void movePointer(Point p, std::optional<std::uint64_t> flags = std::nullopt);
+    void dragPointer(Point p, std::optional<std::uint64_t> flags = std::nullopt);
+    void interruptEventTap();
+    void disableEventTapSilently();
+    std::size_t pointerMonitorCount() const { return monitors_.size(); }
 
-    // The services themselves, for controls not forwarded above
-    FakeWindowSystem& windows() { return windows_; }
-    FakeInput& input() { return input_; }
-    FakeGrants& grants() { return grants_; }
-    FakeSerialQueueFactory& queues() { return queues_; }
-    VirtualTimeline& timeline() { return timeline_; }
+    // Grants: both present unless a test takes them away; a request grants nothing by itself.
+    bool accessibilityGranted = true;
+    bool inputMonitoringGranted = true;
+    int accessibilityRequests = 0;
+    int inputMonitoringRequests = 0;
+    int whereToGrantShown = 0;
+
+    // InputService
+    std::unique_ptr<EventTap> createEventTap(EventCallback callback) override;
+    std::optional<Point> currentPointerPosition() override { return pointer_; }
+    std::uint64_t currentModifierFlags() override { return flags_; }
+    std::unique_ptr<MonitorToken> addPointerMovedMonitor(PointerMovedCallback callback) override;
+    // WindowServer
+    std::optional<WindowDescription> windowAt(Point point) override;
+    std::vector<WindowDescription> onScreenWindows() override;
+    // WindowControl
+    std::optional<std::vector<std::shared_ptr<WindowHandle>>> windowsOfProcess(
+        std::int32_t pid) override;
+    std::optional<bool> applicationAttribute(std::int32_t pid, std::string_view name) override;
+    bool setApplicationAttribute(std::int32_t pid, std::string_view name, bool value) override;
+    // ApplicationRegistry
+    std::vector<RunningApplication> runningApplications() override;
+    std::optional<std::string> identifierOfProcess(std::int32_t pid) override;
+    std::optional<ApplicationIcon> iconOfInstalledApplication(
+        const std::string& identifier) override;
+    bool activate(std::int32_t pid) override;
+    // DisplayService
+    std::vector<DisplayInfo> displays() override { return displays_; }
+    // GrantService
+    bool isAccessibilityGranted() override { return accessibilityGranted; }
+    bool isInputMonitoringGranted() override { return inputMonitoringGranted; }
+    bool requestAccessibility() override {
+        ++accessibilityRequests;
+        return accessibilityGranted;
+    }
+    bool requestInputMonitoring() override {
+        ++inputMonitoringRequests;
+        return inputMonitoringGranted;
+    }
+    void showWhereToGrant() override { ++whereToGrantShown; }
+    // MainThreadScheduler
+    std::unique_ptr<Timer> scheduleRepeating(std::chrono::milliseconds period,
+                                             std::function<void()> handler) override;
+    std::unique_ptr<Timer> scheduleOnce(std::chrono::milliseconds delay,
+                                        std::function<void()> handler) override;
+    // SerialQueueFactory
+    std::unique_ptr<SerialQueue> createSerialQueue(const char* label) override;
+
+    struct Tap;
+    struct Monitor;
+    struct WindowTable;
 
   private:
+    Tap* liveTap() const;
+    void deliverPointer(Point p, std::optional<std::uint64_t> flags, InputEventType type);
+    void deliverToTaps(const InputEvent& event, bool isMotion);
+
     VirtualTimeline timeline_;
-    FakeMainThreadScheduler mainThread_{timeline_};
-    FakeSerialQueueFactory queues_{timeline_};
-    FakeWindowSystem windows_{timeline_};
-    FakeDisplays displays_;
-    FakeGrants grants_;
-    FakeInput input_;
+    std::shared_ptr<WindowTable> table_;
+    std::vector<DisplayInfo> displays_{{{0, 0, 1440, 900}, {0, 0, 1440, 875}}};
+    std::map<std::int32_t, RunningApplication> applications_;
+    std::map<std::string, ApplicationIcon> installed_;
+    std::vector<Tap*> taps_;
+    std::vector<Monitor*> monitors_;
+    Point pointer_;
+    std::uint64_t flags_ = 0;
 };
 
 }  // namespace gf::test

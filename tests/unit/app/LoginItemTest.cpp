@@ -45,10 +45,9 @@ TEST_F(LoginItemTest, WritesAnAutostartEntryForThisProgramAndRemovesIt) {
     EXPECT_FALSE(QFile::exists(entryPath()));
     setLaunchAtLogin(false);  // nothing to remove is not a failure
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-}
 
-TEST_F(LoginItemTest, FailuresArePrintedOnStandardOutputOnly) {
-    // A directory where the entry should be: neither writing nor removing can work.
+    // A directory where the entry should be: neither writing nor removing can work, which is
+    // printed on standard output only.
     ASSERT_TRUE(QDir().mkpath(entryPath() + "/blocker"));
     testing::internal::CaptureStdout();
     setLaunchAtLogin(true);

@@ -5,12 +5,11 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "UrlRecorder.h"
-#include "fake/FakeGrants.h"
+#include "fake/FakeDesktop.h"
 #include "model/DebugLog.h"
 
 namespace gf::test {
@@ -26,44 +25,36 @@ class PermissionsTest : public ::testing::Test {
         std::ifstream in(logPath());
         std::vector<std::string> messages;
         for (std::string line; std::getline(in, line);) {
-            const auto end = line.find("] ");
-            messages.push_back(end == std::string::npos ? line : line.substr(end + 2));
+            messages.push_back(line.substr(line.find("] ") + 2));
         }
         return messages;
     }
 
     QTemporaryDir dir;
-    FakeGrants grants;
+    FakeDesktop grants;
     UrlRecorder opened{{QStringLiteral("file")}};
 };
 
-TEST_F(PermissionsTest, RequestingBothGrantsLogsEachAnswerAndReturnsTheWindowGrant) {
-    grants.setInputMonitoringGranted(false);
+TEST_F(PermissionsTest, RequestsLogEachAnswerAndOnlyAMissingInputGrantShowsWhereToGetIt) {
+    grants.inputMonitoringGranted = false;
     EXPECT_TRUE(requestPermissions(grants));
     EXPECT_EQ(logMessages(), (std::vector<std::string>{
                                  "Requesting post event access (X11 session)...",
                                  "XInput2 event access returned: false",
                                  "X11 window management access returned: true",
                              }));
-    EXPECT_EQ(grants.whereToGrantShown(), 0);
-
-    grants.setAccessibilityGranted(false);
+    grants.accessibilityGranted = false;
     EXPECT_FALSE(requestPermissions(grants));
-    EXPECT_EQ(logMessages().back(), "X11 window management access returned: false");
-}
+    EXPECT_EQ(grants.whereToGrantShown, 0);
 
-TEST_F(PermissionsTest, InputRequestShowsWhereToGetTheGrantOnlyWhenItIsMissing) {
+    grants.inputMonitoringGranted = true;
     requestInputMonitoring(grants);
-    EXPECT_EQ(logMessages(), std::vector<std::string>{"XInput2 event access returned: true"});
-    EXPECT_EQ(grants.whereToGrantShown(), 0);
+    EXPECT_EQ(logMessages().back(), "XInput2 event access returned: true");
     EXPECT_TRUE(opened.urls().isEmpty());
-
-    grants.setInputMonitoringGranted(false);
+    grants.inputMonitoringGranted = false;
     requestInputMonitoring(grants);
-    EXPECT_EQ(logMessages().back(), "XInput2 event access returned: false");
-    EXPECT_EQ(grants.whereToGrantShown(), 1);
+    EXPECT_EQ(grants.whereToGrantShown, 1);
     ASSERT_EQ(opened.urls().size(), 1);
-
     // The page the user gets explains the X11-session requirement.
     QFile page(opened.urls().front().toLocalFile());
     ASSERT_TRUE(page.open(QIODevice::ReadOnly)) << page.fileName().toStdString();

@@ -34,8 +34,8 @@ class AutoRaiseManagerTest : public ::testing::Test {
     // Each raise, in order, as the window number it was applied to.
     std::vector<std::uint32_t> raised() const {
         std::vector<std::uint32_t> numbers;
-        for (const WindowWrite& w : desktop.writes()) {
-            if (w.kind == WindowWrite::Kind::raise) {
+        for (const FakeDesktop::Write& w : desktop.writes()) {
+            if (w.kind == FakeDesktop::Write::Kind::raise) {
                 numbers.push_back(w.window);
             }
         }
@@ -46,10 +46,10 @@ class AutoRaiseManagerTest : public ::testing::Test {
     Settings settings{dir.filePath("glimmerfold.conf")};
     FakeDesktop desktop;
     Platform platform = desktop.platform();
-    std::uint32_t windowA =
-        desktop.addWindow(FakeWindowSpec::at({100, 100, 300, 300}, kPidA).withIdentifier("org.a"));
-    std::uint32_t windowB =
-        desktop.addWindow(FakeWindowSpec::at({500, 100, 300, 300}, kPidB).withIdentifier("org.b"));
+    std::uint32_t windowA = desktop.addWindow(
+        FakeDesktop::Window::at({100, 100, 300, 300}, kPidA).withIdentifier("org.a"));
+    std::uint32_t windowB = desktop.addWindow(
+        FakeDesktop::Window::at({500, 100, 300, 300}, kPidB).withIdentifier("org.b"));
     AutoRaiseManager manager{settings, platform};
 };
 
@@ -79,11 +79,11 @@ TEST_F(AutoRaiseManagerTest, RaisesOnlyTheWindowThePointerRestsOn) {
     desktop.advance(1ms);
     EXPECT_EQ(raised(), Raised{windowA});
 
-    const std::vector<WindowWrite> writes = desktop.writes();
+    const std::vector<FakeDesktop::Write> writes = desktop.writes();
     ASSERT_EQ(writes.size(), 2u);
-    EXPECT_EQ(writes[1].kind, WindowWrite::Kind::makeMain);
+    EXPECT_EQ(writes[1].kind, FakeDesktop::Write::Kind::makeMain);
     EXPECT_EQ(desktop.stackingOrder().front(), windowA);
-    EXPECT_TRUE(desktop.activatedPids().empty()) << "one window only, by default";
+    EXPECT_TRUE(desktop.activatedPids.empty()) << "one window only, by default";
 
     // Wandering about inside the raised window raises nothing more.
     for (double x = 160; x < 300; x += 20) {
@@ -164,14 +164,14 @@ TEST_F(AutoRaiseManagerTest, UsesTheSettingsReadWhenTheTargetWasChosen) {
     settings.setAutoRaiseDelay(5.0);
     desktop.advance(250ms);
     EXPECT_EQ(raised(), Raised{windowB});
-    EXPECT_EQ(desktop.activatedPids(), std::vector<std::int32_t>{kPidB});
+    EXPECT_EQ(desktop.activatedPids, std::vector<std::int32_t>{kPidB});
 
     desktop.movePointer(kOverA);
     desktop.advance(4999ms);
     EXPECT_EQ(raised(), Raised{windowB});
     desktop.advance(1ms);
     EXPECT_EQ(raised(), (Raised{windowB, windowA}));
-    EXPECT_EQ(desktop.activatedPids(), std::vector<std::int32_t>{kPidB});
+    EXPECT_EQ(desktop.activatedPids, std::vector<std::int32_t>{kPidB});
 }
 
 }  // namespace

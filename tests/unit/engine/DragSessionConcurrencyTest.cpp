@@ -21,7 +21,7 @@ namespace gf::test {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using Kind = WindowWrite::Kind;
+using Kind = FakeDesktop::Write::Kind;
 
 constexpr int gestureCount = 2000;
 constexpr double spacing = 1000;  // between the windows' starting x, far beyond any snap
@@ -36,7 +36,7 @@ struct Target {
 
 // Each gesture's window starts alone in its own band of x, so a write that
 // mixed two gestures' state lands a whole band away from where it should be.
-bool isNearStart(const WindowWrite& w, const Target& t) {
+bool isNearStart(const FakeDesktop::Write& w, const Target& t) {
     if (w.kind == Kind::position) {
         return std::abs(w.point.x - t.start.x) <= maxStep &&
                std::abs(w.point.y - t.start.y) <= maxStep;
@@ -69,9 +69,8 @@ TEST(DragSessionConcurrencyTest, TicksNeverMixGesturesAndCleanUpsComeLast) {
             t.start = {spacing * (i + 2), 100};
             t.resize = i % 3 == 0;
             t.window =
-                desktop.addWindow(FakeWindowSpec::at({t.start.x, t.start.y, 400, 300}, t.pid));
-            desktop.setApplicationAttribute(t.pid, DragSession::enhancedUserInterfaceAttribute,
-                                            true);
+                desktop.addWindow(FakeDesktop::Window::at({t.start.x, t.start.y, 400, 300}, t.pid));
+            desktop.setAttribute(t.pid, DragSession::enhancedUserInterfaceAttribute, true);
             targets[t.window] = t;
             // Now and then with magnetics, whose lines come from the main thread.
             settings.setMagneticsEnabled(i % 50 == 0);
@@ -113,9 +112,8 @@ TEST(DragSessionConcurrencyTest, TicksNeverMixGesturesAndCleanUpsComeLast) {
         positionWrites += w.kind == Kind::position;
     }
     for (const auto& [window, t] : targets) {
-        EXPECT_EQ(
-            desktop.applicationAttributeValue(t.pid, DragSession::enhancedUserInterfaceAttribute),
-            true);
+        EXPECT_EQ(desktop.applicationAttribute(t.pid, DragSession::enhancedUserInterfaceAttribute),
+                  true);
     }
     // The stress only means something if ticks really ran during gestures.
     EXPECT_GT(positionWrites, 100u);

@@ -10,6 +10,7 @@ namespace gf::test {
 namespace {
 
 using Lines = std::vector<double>;
+using Window = FakeDesktop::Window;
 
 class MagneticsEngineTest : public ::testing::Test {
   protected:
@@ -20,13 +21,13 @@ class MagneticsEngineTest : public ::testing::Test {
 };
 
 TEST_F(MagneticsEngineTest, LinesComeDisplaysFirstThenUsableAreasThenOtherWindows) {
-    desktop.addWindow(FakeWindowSpec::at({100, 100, 400, 300}, 1));
-    desktop.addWindow(FakeWindowSpec::at({7, 7, 7, 7}, FakeDesktop::ownPid));
-    desktop.addWindow(FakeWindowSpec::at({8, 8, 8, 8}, 2).withLayer(WindowLayer::floating));
-    desktop.addWindow(FakeWindowSpec::at({9, 9, 0, 9}, 3));
-    desktop.addWindow(FakeWindowSpec::at({11, 11, 11, 11}, 4).withLayer(WindowLayer::dock));
-    desktop.addWindow(FakeWindowSpec::at({0, 0, 1440, 900}, 5).withLayer(WindowLayer::desktop));
-    desktop.addWindow(FakeWindowSpec::at({600, 50, 100, 50}, 6));
+    desktop.addWindow(Window::at({100, 100, 400, 300}, 1));
+    desktop.addWindow(Window::at({7, 7, 7, 7}, FakeDesktop::ownPid));
+    desktop.addWindow(Window::at({8, 8, 8, 8}, 2).withLayer(WindowLayer::floating));
+    desktop.addWindow(Window::at({9, 9, 0, 9}, 3));
+    desktop.addWindow(Window::at({11, 11, 11, 11}, 4).withLayer(WindowLayer::dock));
+    desktop.addWindow(Window::at({0, 0, 1440, 900}, 5).withLayer(WindowLayer::desktop));
+    desktop.addWindow(Window::at({600, 50, 100, 50}, 6));
 
     const SnapEdges all = MagneticsEngine::collectEdges(settings, platform);
     // One 1440 x 900 display whose top 25 points are a panel; then the two

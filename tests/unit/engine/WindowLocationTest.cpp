@@ -1,10 +1,13 @@
+#include "engine/WindowLocation.h"
+
 #include <gtest/gtest.h>
 
-#include "engine/WindowLocation.h"
 #include "fake/FakeDesktop.h"
 
 namespace gf::test {
 namespace {
+
+using Window = FakeDesktop::Window;
 
 class WindowLocationTest : public ::testing::Test {
   protected:
@@ -13,10 +16,9 @@ class WindowLocationTest : public ::testing::Test {
 };
 
 TEST_F(WindowLocationTest, BothMethodsFindTheOrdinaryWindowUnderThePoint) {
-    const auto behind =
-        desktop.addWindow(FakeWindowSpec::at({0, 0, 800, 600}, 7).withIdentifier("org.behind"));
+    const auto behind = desktop.addWindow(Window::at({0, 0, 800, 600}, 7).withIdentifier("org.b"));
     const auto front =
-        desktop.addWindow(FakeWindowSpec::at({100, 100, 400, 300}, 8).withIdentifier("org.front"));
+        desktop.addWindow(Window::at({100, 100, 400, 300}, 8).withIdentifier("org.front"));
     for (auto locate : {locateWindowWithWindowServer, locateWindowWithWindowList}) {
         auto found = locate(platform, {150, 150});
         ASSERT_TRUE(found);
@@ -26,7 +28,6 @@ TEST_F(WindowLocationTest, BothMethodsFindTheOrdinaryWindowUnderThePoint) {
         EXPECT_EQ(found->bundleIdentifier, "org.front");
         ASSERT_TRUE(found->windowHandle);
         EXPECT_EQ(found->windowHandle->windowNumber(), front);
-
         // The right and bottom edges belong to the window behind.
         EXPECT_EQ(locate(platform, {500, 150})->windowID, behind);
         EXPECT_EQ(locate(platform, {150, 400})->windowID, behind);
@@ -34,12 +35,13 @@ TEST_F(WindowLocationTest, BothMethodsFindTheOrdinaryWindowUnderThePoint) {
 }
 
 TEST_F(WindowLocationTest, DesktopsDocksAndOverlaysAreRejectedButTheListLooksBelowThem) {
-    desktop.addWindow(FakeWindowSpec::at({0, 0, 1440, 900}, 1).withLayer(WindowLayer::desktop));
-    const auto ordinary = desktop.addWindow(FakeWindowSpec::at({0, 0, 400, 300}, 2));
-    desktop.addWindow(FakeWindowSpec::at({0, 0, 1440, 30}, 3).withLayer(WindowLayer::dock));
-    desktop.addWindow(FakeWindowSpec::at({300, 200, 50, 50}, 4).withLayer(WindowLayer::overlay));
-    const auto floating = desktop.addWindow(
-        FakeWindowSpec::at({600, 600, 50, 50}, 5).withLayer(WindowLayer::floating));
+    desktop.addWindow(Window::at({0, 0, 1440, 900}, 1).withLayer(WindowLayer::desktop));
+    const auto ordinary = desktop.addWindow(Window::at({0, 0, 400, 300}, 2));
+    desktop.addWindow(Window::at({0, 0, 1440, 30}, 3).withLayer(WindowLayer::dock));
+    desktop.addWindow(Window::at({300, 200, 50, 50}, 4).withLayer(WindowLayer::overlay));
+    const auto floating =
+        desktop.addWindow(Window::at({600, 600, 50, 50}, 5).withLayer(WindowLayer::floating));
+    desktop.addWindow(Window::at({0, 250, 200, 50}, 6).withoutHandle());
 
     EXPECT_FALSE(locateWindowWithWindowServer(platform, {10, 10}));  // the dock
     EXPECT_EQ(locateWindowWithWindowList(platform, {10, 10})->windowID, ordinary);
@@ -47,21 +49,15 @@ TEST_F(WindowLocationTest, DesktopsDocksAndOverlaysAreRejectedButTheListLooksBel
     EXPECT_FALSE(locateWindowWithWindowServer(platform, {1000, 500}));  // bare desktop
     EXPECT_FALSE(locateWindowWithWindowList(platform, {1000, 500}));
     EXPECT_EQ(locateWindowWithWindowServer(platform, {610, 610})->windowID, floating);
-}
-
-TEST_F(WindowLocationTest, WindowsWithoutHandlesAreSkippedOnlyByTheList) {
-    const auto behind = desktop.addWindow(FakeWindowSpec::at({0, 0, 400, 300}, 1));
-    desktop.addWindow(FakeWindowSpec::at({0, 0, 200, 200}, 2).withoutHandle());
-    EXPECT_FALSE(locateWindowWithWindowServer(platform, {10, 10}));
-    EXPECT_EQ(locateWindowWithWindowList(platform, {10, 10})->windowID, behind);
-
-    desktop.setWindowListingFails(1, true);
-    EXPECT_FALSE(locateWindowWithWindowList(platform, {10, 10}));
+    // A window without a handle is skipped by the list only.
+    EXPECT_FALSE(locateWindowWithWindowServer(platform, {10, 260}));
+    EXPECT_EQ(locateWindowWithWindowList(platform, {10, 260})->windowID, ordinary);
+    desktop.unlistablePids.insert(2);
+    EXPECT_FALSE(locateWindowWithWindowList(platform, {10, 260}));
 }
 
 TEST_F(WindowLocationTest, UnreliableServerAnswersDegradeAsExpected) {
-    const auto noBounds =
-        desktop.addWindow(FakeWindowSpec::at({0, 0, 400, 300}, 1).withUnknownBounds());
+    const auto noBounds = desktop.addWindow(Window::at({0, 0, 400, 300}, 1).withUnknownBounds());
     auto viaServer = locateWindowWithWindowServer(platform, {10, 10});
     ASSERT_TRUE(viaServer);
     EXPECT_EQ(viaServer->windowID, noBounds);
@@ -69,23 +65,22 @@ TEST_F(WindowLocationTest, UnreliableServerAnswersDegradeAsExpected) {
     EXPECT_FALSE(viaServer->bundleIdentifier);
     EXPECT_FALSE(locateWindowWithWindowList(platform, {10, 10}));  // no bounds, no containment
 
-    const auto listed = desktop.addWindow(FakeWindowSpec::at({500, 0, 100, 100}, 2));
-    desktop.setWindowServerAvailable(false);
+    const auto listed = desktop.addWindow(Window::at({500, 0, 100, 100}, 2));
+    desktop.windowServerAvailable = false;
     EXPECT_FALSE(locateWindowWithWindowServer(platform, {510, 10}));
     EXPECT_EQ(locateWindowWithWindowList(platform, {510, 10})->windowID, listed);
 }
 
 TEST_F(WindowLocationTest, HandleIsMatchedByNumberElseTheFirstWindowIsTaken) {
-    const auto first = desktop.addWindow(FakeWindowSpec::at({0, 0, 10, 10}, 9));
-    const auto second = desktop.addWindow(FakeWindowSpec::at({20, 0, 10, 10}, 9));
+    const auto first = desktop.addWindow(Window::at({0, 0, 10, 10}, 9));
+    const auto second = desktop.addWindow(Window::at({20, 0, 10, 10}, 9));
     // Handles come in stacking order: `second` is listed first.
     EXPECT_EQ(findWindowHandle(platform.windowControl, 9, first)->windowNumber(), first);
     EXPECT_EQ(findWindowHandle(platform.windowControl, 9, 12345)->windowNumber(), second);
     EXPECT_FALSE(findWindowHandle(platform.windowControl, 10, first));
 
-    const auto anonymous =
-        desktop.addWindow(FakeWindowSpec::at({50, 50, 10, 10}, 11).withUnknownNumber());
-    desktop.addWindow(FakeWindowSpec::at({0, 0, 1, 1}, 11).withUnknownNumber());
+    const auto anonymous = desktop.addWindow(Window::at({50, 50, 10, 10}, 11).withUnknownNumber());
+    desktop.addWindow(Window::at({0, 0, 1, 1}, 11).withUnknownNumber());
     auto found = locateWindowWithWindowList(platform, {55, 55});
     ASSERT_TRUE(found);
     EXPECT_EQ(found->windowID, anonymous);

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "ModelPrinters.h"
 #include "model/IgnoreListCoding.h"
 
 namespace gf {

@@ -22,15 +22,6 @@ RunningApplication app(std::int32_t pid, std::optional<std::string> identifier,
     return application;
 }
 
-// A 2 x 2 opaque red icon, as an application publishes it in its window property.
-ApplicationIcon pixelIcon() {
-    ApplicationIcon icon;
-    icon.width = 2;
-    icon.height = 2;
-    icon.argb.assign(4, 0xFFFF0000u);
-    return icon;
-}
-
 std::vector<std::string> namesOf(const std::vector<RunningApplication>& applications) {
     std::vector<std::string> names;
     for (const RunningApplication& application : applications) {
@@ -54,18 +45,13 @@ TEST(IgnoreCandidatesTest, OffersOrdinaryApplicationsWithAnIdentifierSortedByCod
     // U+FB01 although its UTF-16 surrogates would sort before it.
     EXPECT_EQ(namesOf(candidates),
               (std::vector<std::string>{"<none>", "Zed", "apple", "\uFB01le", "\U0001F600 Smile"}));
-}
 
-TEST(IgnoreCandidatesTest, ComparesCanonicallyEquivalentNamesAsEqualAndKeepsTheirOrder) {
-    const auto candidates = ignoreCandidates({
-        app(1, "org.decomposed", "Cafe\u0301 B"),
-        app(2, "org.composed", "Caf\u00E9 A"),
-        app(3, "org.second", "Caf\u00E9 B"),
-    });
-    ASSERT_EQ(candidates.size(), 3u);
-    EXPECT_EQ(candidates[0].identifier, "org.composed");
-    EXPECT_EQ(candidates[1].identifier, "org.decomposed");  // equal to org.second, came first
-    EXPECT_EQ(candidates[2].identifier, "org.second");
+    // Canonically equivalent names compare equal and keep their order.
+    const auto equivalent = ignoreCandidates({app(1, "org.decomposed", "Cafe\u0301 B"),
+                                              app(2, "org.composed", "Caf\u00E9 A"),
+                                              app(3, "org.second", "Caf\u00E9 B")});
+    EXPECT_EQ(namesOf(equivalent),
+              (std::vector<std::string>{"Caf\u00E9 A", "Cafe\u0301 B", "Caf\u00E9 B"}));
 }
 
 TEST(IgnoreListEditsTest, AddsOnceNamedByDisplayNameOrIdentifierAndRemovesEveryCopy) {
@@ -84,7 +70,7 @@ class IgnoreListViewTest : public UiTest {
   protected:
     IgnoreListSettingsView& view() {
         if (view_ == nullptr) {
-            view_ = std::make_unique<IgnoreListSettingsView>(settings(), desktop().windows());
+            view_ = std::make_unique<IgnoreListSettingsView>(settings(), desktop());
         }
         return *view_;
     }
@@ -112,7 +98,6 @@ TEST_F(IgnoreListViewTest, PickerListsRunningApplicationsAndAddsTheChosenOneAtTh
 
     RunningAppsPicker& picker = openPicker();
     EXPECT_TRUE(picker.isVisible());
-    EXPECT_EQ(picker.windowModality(), Qt::WindowModal);
     ASSERT_EQ(picker.candidates().size(), 3u);
     EXPECT_EQ(picker.rowButton(0).accessibleName(), QStringLiteral("Unknown"));
     EXPECT_EQ(picker.rowButton(1).accessibleName(), QStringLiteral("Zed"));
@@ -154,7 +139,6 @@ TEST_F(IgnoreListViewTest, ChoosingAnIgnoredApplicationOrCancellingClosesTheShee
 TEST_F(IgnoreListViewTest, MinusRemovesEveryEntryWithTheSelectedIdentifierAndClearsTheSelection) {
     settings().setIgnoreList({{"a", "A"}, {"b", "B"}, {"a", "A"}, {"c", "C"}});
     EXPECT_FALSE(view().removeButton().isEnabled());
-    EXPECT_GE(view().list().minimumHeight(), 200);
 
     view().list().setCurrentRow(2);
     ASSERT_TRUE(view().selectedEntry().has_value());
@@ -170,7 +154,10 @@ TEST_F(IgnoreListViewTest, MinusRemovesEveryEntryWithTheSelectedIdentifierAndCle
 }
 
 TEST_F(IgnoreListViewTest, RowsKeepTheStoredOrderAndShowIconsOnlyForInstalledApplications) {
-    desktop().windows().installApplication("org.installed", pixelIcon());
+    ApplicationIcon red;  // 2 x 2 opaque red, as an application publishes it
+    red.width = red.height = 2;
+    red.argb.assign(4, 0xFFFF0000u);
+    desktop().installApplication("org.installed", red);
     settings().setIgnoreList({{"org.zzz", "Zzz"}, {"org.installed", "Installed"}});
     ASSERT_EQ(view().list().count(), 2);
     EXPECT_EQ(rowOf(0).nameLabel().text(), QStringLiteral("Zzz"));

@@ -32,35 +32,29 @@ class SetupWizardViewTest : public UiTest {
     }
 
     void setGrants(bool accessibility, bool inputMonitoring) {
-        desktop().grants().setAccessibilityGranted(accessibility);
-        desktop().grants().setInputMonitoringGranted(inputMonitoring);
+        desktop().accessibilityGranted = accessibility;
+        desktop().inputMonitoringGranted = inputMonitoring;
     }
 
     std::unique_ptr<SetupWizardView> wizard_;
 };
 
 TEST_F(SetupWizardViewTest, WalksForwardThroughTheFourPages) {
-    EXPECT_EQ(wizard().size(), QSize(500, 400));
     EXPECT_EQ(wizard().step(), 0);
-    EXPECT_EQ(page().titleLabel().text(), QStringLiteral("Welcome to Glimmerfold"));
-    EXPECT_EQ(page().button().text(), QStringLiteral("Get Started"));
     page().button().click();
-    EXPECT_EQ(wizard().step(), 1);
-    EXPECT_EQ(page().button().text(), QStringLiteral("Continue"));
-    page().button().click();  // both grants are there on the fake desktop
+    // Both grants are there already: the page says so and lets the user go on at once.
+    EXPECT_EQ(permissionsPage().titleLabel().text(), QStringLiteral("Permissions Granted!"));
+    page().button().click();
     EXPECT_EQ(wizard().step(), 2);
-    EXPECT_EQ(page().titleLabel().text(), QStringLiteral("Configure Shortcuts"));
     const QList<ModifierKeyPicker*> pickers = page().findChildren<ModifierKeyPicker*>();
     ASSERT_EQ(pickers.size(), 2);
-    EXPECT_EQ(pickers[0]->label().text(), QStringLiteral("Move:"));
-    EXPECT_EQ(pickers[1]->label().text(), QStringLiteral("Resize:"));
     pickers[0]->checkBox(ModifierKey::control()).click();
     pickers[0]->checkBox(ModifierKey::command()).click();
+    pickers[1]->checkBox(ModifierKey::shift()).click();
     EXPECT_TRUE(settings().moveModifiers().isEmpty());  // accepted as it is
+    EXPECT_TRUE(settings().resizeModifiers().contains(ModifierKey::shift()));
     page().button().click();
     EXPECT_EQ(wizard().step(), 3);
-    EXPECT_EQ(page().titleLabel().text(), QStringLiteral("You're all set!"));
-    EXPECT_EQ(page().button().text(), QStringLiteral("Finish"));
 }
 
 TEST_F(SetupWizardViewTest, ContinueWorksOnlyWithBothGrantsWhichThePollPicksUp) {
@@ -96,41 +90,35 @@ TEST_F(SetupWizardViewTest, ContinueWorksOnlyWithBothGrantsWhichThePollPicksUp) 
 TEST_F(SetupWizardViewTest, GrantAccessOnlyAsksTheDesktop) {
     setGrants(false, false);
     PermissionsStepContent& permissions = permissionsPage();
-    FakeGrants& grants = desktop().grants();
+    FakeDesktop& grants = desktop();
     permissions.accessibilityRow().grantButton().click();
-    EXPECT_EQ(grants.accessibilityRequests(), 1);
-    const int inputRequests = grants.inputMonitoringRequests();
+    EXPECT_EQ(grants.accessibilityRequests, 1);
+    const int inputRequests = grants.inputMonitoringRequests;
     permissions.inputMonitoringRow().grantButton().click();
-    EXPECT_EQ(grants.accessibilityRequests(), 1);
-    EXPECT_EQ(grants.inputMonitoringRequests(), inputRequests + 1);
-    EXPECT_GE(grants.whereToGrantShown(), 1);
+    EXPECT_EQ(grants.accessibilityRequests, 1);
+    EXPECT_EQ(grants.inputMonitoringRequests, inputRequests + 1);
+    EXPECT_GE(grants.whereToGrantShown, 1);
     // Granted or not, the rows change only when the poll looks again.
-    grants.setAccessibilityGranted(true);
+    grants.accessibilityGranted = true;
     permissions.accessibilityRow().grantButton().click();
     EXPECT_FALSE(permissions.accessibilityRow().isGranted());
 }
 
 TEST_F(SetupWizardViewTest, PollRunsExactlyWhileThePermissionsPageIsShown) {
-    EXPECT_EQ(desktop().timeline().scheduledCount(), 0u);
+    EXPECT_EQ(desktop().scheduledCount(), 0u);
     PermissionsStepContent& permissions = permissionsPage();
     EXPECT_TRUE(permissions.isPolling());
-    EXPECT_EQ(desktop().timeline().scheduledCount(), 1u);
+    EXPECT_EQ(desktop().scheduledCount(), 1u);
 
     wizard().hide();  // the window went away
     EXPECT_FALSE(permissions.isPolling());
-    EXPECT_EQ(desktop().timeline().scheduledCount(), 0u);
+    EXPECT_EQ(desktop().scheduledCount(), 0u);
     wizard().show();
     EXPECT_TRUE(permissions.isPolling());
 
     permissions.button().click();
     EXPECT_EQ(wizard().step(), 2);
-    EXPECT_EQ(desktop().timeline().scheduledCount(), 0u);
-}
-
-TEST_F(SetupWizardViewTest, PermissionsAlreadyGrantedShowTheGrantedPageAtOnce) {
-    PermissionsStepContent& permissions = permissionsPage();
-    EXPECT_EQ(permissions.titleLabel().text(), QStringLiteral("Permissions Granted!"));
-    EXPECT_TRUE(permissions.button().isEnabled());
+    EXPECT_EQ(desktop().scheduledCount(), 0u);
 }
 
 TEST_F(SetupWizardViewTest, FinishRecordsSetupClosesTheWizardAndStartsTheEngine) {
