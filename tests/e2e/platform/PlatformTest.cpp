@@ -4,65 +4,30 @@
 
 #include <QAbstractEventDispatcher>
 #include <QThread>
-
 #include <algorithm>
 #include <array>
 #include <fstream>
 
-#include "platform/ApplicationRegistry.h"
-#include "platform/GrantService.h"
+#include "X11PlatformTest.h"
 #include "platform/x11/X11GrantService.h"
-#include "x11/X11DesktopTest.h"
 
 namespace gf::test {
 namespace {
 
 using namespace std::chrono_literals;
+using PlatformTest = X11PlatformTest;
 
-class PlatformTest : public X11DesktopTest {
-  protected:
-    void SetUp() override {
-        X11DesktopTest::SetUp();
-        ASSERT_FALSE(HasFatalFailure());
-        platform_ = connectPlatform();
-        ASSERT_NE(platform_, nullptr);
-    }
+TEST_F(PlatformTest, OneScreenIsOneDisplayAndBothGrantsArePresentInAnX11SessionOnly) {
+    const std::vector<DisplayInfo> displays = platform_->displays().displays();
+    ASSERT_EQ(displays.size(), 1u);
+    EXPECT_EQ(displays[0].frame, (Rect{0, 0, 1280, 800}));
+    EXPECT_EQ(displays[0].visibleFrame, displays[0].frame);
 
-    std::unique_ptr<X11Platform> platform_;
-};
-
-TEST_F(PlatformTest, ALostConnectionIsReportedOnceAndNotPolledAgain) {
-    int reports = 0;
-    platform_->setConnectionLostHandler([&] { ++reports; });
-    auto tap = platform_->input().createEventTap([](const InputEvent&) {});
-    ASSERT_NE(tap, nullptr);
-    tap->setPointerMotionWanted(true);
-
-    desktop().killServer();
-    EXPECT_TRUE(waitUntil([&] { return reports > 0; }));
-    EXPECT_TRUE(platform_->isConnectionLost());
-
-    // A dead socket stays readable: were it still watched, the event loop
-    // would wake without pause instead of a few times for its timers.
-    int wakeUps = 0;
-    QAbstractEventDispatcher* dispatcher =
-        QAbstractEventDispatcher::instance(QThread::currentThread());
-    auto counting =
-        QObject::connect(dispatcher, &QAbstractEventDispatcher::awake, [&] { ++wakeUps; });
-    processEventsFor(200ms);
-    QObject::disconnect(counting);
-    EXPECT_LT(wakeUps, 100);
-    EXPECT_EQ(reports, 1);
-    EXPECT_EQ(platform_->windowServer().onScreenWindows().size(), 0u);
-}
-
-TEST_F(PlatformTest, GrantsArePresentInAnX11SessionAndMissingUnderWayland) {
     GrantService& grants = platform_->grants();
     EXPECT_TRUE(grants.isAccessibilityGranted());
     EXPECT_TRUE(grants.isInputMonitoringGranted());
     EXPECT_TRUE(grants.requestAccessibility());
     EXPECT_TRUE(grants.requestInputMonitoring());
-
     for (auto [name, value] :
          {std::pair{"WAYLAND_DISPLAY", "wayland-0"}, std::pair{"XDG_SESSION_TYPE", "wayland"}}) {
         X11GrantService wayland(
@@ -76,10 +41,69 @@ TEST_F(PlatformTest, GrantsArePresentInAnX11SessionAndMissingUnderWayland) {
     }
 }
 
-class ApplicationRegistryTest : public PlatformTest {
+TEST_F(PlatformTest, ALostConnectionIsReportedOnceAndNotPolledAgain) {
+    int reports = 0;
+    platform_->setConnectionLostHandler([&] { ++reports; });
+    auto tap = platform_->input().createEventTap([](const InputEvent&) {});
+    ASSERT_NE(tap, nullptr);
+    tap->setPointerMotionWanted(true);
+
+    desktop().killServer();
+    EXPECT_TRUE(waitUntil([&] { return reports > 0; }));
+    EXPECT_TRUE(platform_->isConnectionLost());
+    // A dead socket stays readable: were it still watched, the event loop would wake without
+    // pause instead of a few times for its timers.
+    int wakeUps = 0;
+    auto counting = QObject::connect(QAbstractEventDispatcher::instance(QThread::currentThread()),
+                                     &QAbstractEventDispatcher::awake, [&] { ++wakeUps; });
+    processEventsFor(200ms);
+    QObject::disconnect(counting);
+    EXPECT_LT(wakeUps, 100);
+    EXPECT_EQ(reports, 1);
+    EXPECT_EQ(platform_->windowServer().onScreenWindows().size(), 0u);
+}
+
+// A 2560 x 800 screen split into a shorter monitor on the left that starts 100 pixels down and
+// the primary one on the right, listed second.
+class TwoMonitorTest : public X11PlatformTest {
+  protected:
+    X11Desktop::Options desktopOptions() const override { return {2560, 800, true}; }
+};
+
+TEST_F(TwoMonitorTest, ComePrimaryFirstAndADockStrutShrinksOnlyTheMonitorItTouches) {
+    desktop().setMonitors({{0, 100, 1280, 600}, {1280, 0, 1280, 800}}, 1);
+    // A 30-pixel panel along the top of the left monitor: its strut reserves the root's top 130
+    // rows, but only across the left monitor's columns. And one along the bottom of the primary.
+    StrutPartial top;
+    top.top = 130;
+    top.topStartX = 0;
+    top.topEndX = 1279;
+    desktop().createDock(0, 100, 1280, 30, top);
+    StrutPartial bottom;
+    bottom.bottom = 30;
+    bottom.bottomStartX = 1280;
+    bottom.bottomEndX = 2559;
+    desktop().createDock(1280, 770, 1280, 30, bottom);
+
+    // Measured upwards from the bottom of the primary monitor (800 high).
+    std::vector<DisplayInfo> displays = platform_->displays().displays();
+    ASSERT_EQ(displays.size(), 2u);
+    EXPECT_EQ(displays[0].frame, (Rect{1280, 0, 1280, 800}));
+    EXPECT_EQ(displays[0].visibleFrame, (Rect{1280, 30, 1280, 770}));
+    EXPECT_EQ(displays[1].frame, (Rect{0, 100, 1280, 600}));
+    EXPECT_EQ(displays[1].visibleFrame, (Rect{0, 100, 1280, 570}));
+
+    // Read afresh on every call.
+    desktop().setMonitors({{0, 0, 2560, 800}});
+    displays = platform_->displays().displays();
+    ASSERT_EQ(displays.size(), 1u);
+    EXPECT_EQ(displays[0].frame, (Rect{0, 0, 2560, 800}));
+}
+
+class ApplicationRegistryTest : public X11PlatformTest {
   protected:
     void SetUp() override {
-        PlatformTest::SetUp();
+        X11PlatformTest::SetUp();
         ASSERT_FALSE(HasFatalFailure());
         // Desktop entries come from a directory of the test's own; set after
         // openbox started, which looks for its theme in the same places.
@@ -158,7 +182,7 @@ TEST_F(ApplicationRegistryTest, NamesAndIconsComeFromDesktopEntriesElseFromTheWi
     EXPECT_EQ(platform_->applications().iconOfInstalledApplication("XTerm"), std::nullopt);
 }
 
-TEST_F(ApplicationRegistryTest, ActivationFocusesTheTopWindowAndRaisesTheOthers) {
+TEST_F(PlatformTest, ActivationFocusesTheTopWindowAndRaisesTheOthers) {
     TestWindowOptions first;
     first.x = 100;
     first.y = 100;

@@ -1,0 +1,250 @@
+// The window server and the window handles against openbox and real clients, checked on the
+// outer frames and the stacking order as the X server reports them.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <thread>
+
+#include "X11PlatformTest.h"
+
+namespace gf::test {
+namespace {
+
+class WindowsTest : public X11PlatformTest {
+  protected:
+    WindowServer& server() { return platform_->windowServer(); }
+
+    std::optional<WindowDescription> listed(WindowId window) {
+        for (const WindowDescription& w : server().onScreenWindows()) {
+            if (w.windowNumber == window) {
+                return w;
+            }
+        }
+        return std::nullopt;
+    }
+
+    std::shared_ptr<WindowHandle> handleOf(const TestClient& client) {
+        for (const auto& handle : platform_->windowControl()
+                                      .windowsOfProcess(client.pid)
+                                      .value_or(std::vector<std::shared_ptr<WindowHandle>>{})) {
+            if (handle->windowNumber() == client.window) {
+                return handle;
+            }
+        }
+        return nullptr;
+    }
+
+    bool frameBecomes(WindowId window, Rect expected) {
+        return waitUntil([&] { return probe().frameGeometry(window) == expected; });
+    }
+};
+
+TEST_F(WindowsTest, WindowAtGivesTheClientUnderThePointerWithItsOuterFrameInStackingOrder) {
+    TestClient& back = desktop().startXlogo(100, 100, 300, 200);
+    TestClient& front = desktop().startXlogo(200, 150, 300, 200);
+    const Rect frame = *probe().frameGeometry(front.window);
+    // Inside the client area and on the title bar alike.
+    for (Point point : {Point{300, 250}, Point{frame.x + 5, frame.y + 3}}) {
+        const std::optional<WindowDescription> found = server().windowAt(point);
+        ASSERT_TRUE(found);
+        EXPECT_EQ(found->windowNumber, front.window);
+        EXPECT_EQ(found->ownerPid, front.pid);
+        EXPECT_EQ(found->layer, WindowLayer::normal);
+        EXPECT_EQ(found->bounds, frame);
+    }
+    EXPECT_EQ(server().windowAt({150, 150})->windowNumber, back.window);
+    std::vector<WindowId> order;
+    for (const WindowDescription& window : server().onScreenWindows()) {
+        order.push_back(window.windowNumber);
+    }
+    EXPECT_EQ(order, (std::vector<WindowId>{front.window, back.window}));
+
+    // The last pixel row and column are the window's, the right and bottom edges are not.
+    auto at = [&](Point p) { return server().windowAt(p).value_or(WindowDescription{}); };
+    EXPECT_EQ(at({frame.maxX() - 1, frame.maxY() - 1}).windowNumber, front.window);
+    EXPECT_NE(at({frame.maxX(), frame.midY()}).windowNumber, front.window);
+    EXPECT_NE(at({frame.midX(), frame.maxY()}).windowNumber, front.window);
+    const std::optional<WindowDescription> bare = server().windowAt({900, 600});
+    EXPECT_TRUE(!bare || bare->layer < WindowLayer::normal) << "the desktop gives nothing";
+}
+
+TEST_F(WindowsTest, LayersFollowTheWindowTypesAndTheListLooksBelowADock) {
+    TestClient& logo = desktop().startXlogo(100, 80, 400, 300);
+    TestWindowOptions utility;
+    utility.x = 600;
+    utility.type = "_NET_WM_WINDOW_TYPE_UTILITY";
+    const WindowId utilityWindow = desktop().createWindow(utility);
+    TestWindowOptions above;
+    above.x = 600;
+    above.y = 300;
+    above.states = {"_NET_WM_STATE_ABOVE"};
+    const WindowId aboveWindow = desktop().createWindow(above);
+    TestWindowOptions background;
+    background.width = 1280;
+    background.height = 800;
+    background.type = "_NET_WM_WINDOW_TYPE_DESKTOP";
+    const WindowId backgroundWindow = desktop().createWindow(background);
+    TestWindowOptions menu;
+    menu.x = 800;
+    menu.y = 400;
+    menu.overrideRedirect = true;
+    const WindowId menuWindow = desktop().createWindow(menu);
+    // A panel across the logo window, without a strut so nothing moves away.
+    TestWindowOptions panel;
+    panel.x = 50;
+    panel.y = 150;
+    panel.width = 600;
+    panel.height = 40;
+    panel.type = "_NET_WM_WINDOW_TYPE_DOCK";
+    const WindowId dock = desktop().createWindow(panel);
+
+    EXPECT_EQ(listed(logo.window)->layer, WindowLayer::normal);
+    EXPECT_EQ(listed(utilityWindow)->layer, WindowLayer::floating);
+    EXPECT_EQ(listed(aboveWindow)->layer, WindowLayer::floating);
+    EXPECT_GE(*listed(menuWindow)->layer, server().dockLayer());
+    // The desktop background is no on-screen window, though it is the one at an empty point.
+    EXPECT_FALSE(listed(backgroundWindow));
+    const std::optional<WindowDescription> bare = server().windowAt({1200, 780});
+    ASSERT_TRUE(bare);
+    EXPECT_EQ(bare->windowNumber, backgroundWindow);
+    EXPECT_LT(*bare->layer, WindowLayer::normal);
+
+    // The window server names the dock at a point it covers; walking the list front to back,
+    // the first ordinary window there is the logo beneath it.
+    const Point onPanel{200, 170};
+    const std::optional<WindowDescription> top = server().windowAt(onPanel);
+    ASSERT_TRUE(top);
+    EXPECT_EQ(top->windowNumber, dock);
+    EXPECT_GE(*top->layer, server().dockLayer());
+    const std::vector<WindowDescription> windows = server().onScreenWindows();
+    auto firstOrdinary = std::ranges::find_if(windows, [&](const WindowDescription& w) {
+        return w.layer >= WindowLayer::normal && w.layer < server().dockLayer() &&
+               w.bounds->contains(onPanel);
+    });
+    ASSERT_NE(firstOrdinary, windows.end());
+    EXPECT_EQ(firstOrdinary->windowNumber, logo.window);
+}
+
+TEST_F(WindowsTest, PositionAndSizeLandTheOuterFrameToThePixel) {
+    TestClient& logo = desktop().startXlogo(100, 80, 200, 150);
+    TestClient& terminal = desktop().startXterm(500, 300, 40, 10);
+    for (TestClient* client : {&logo, &terminal}) {
+        auto handle = handleOf(*client);
+        ASSERT_NE(handle, nullptr);
+        const Rect before = *probe().frameGeometry(client->window);
+        // Decorations included: the frame is larger than the client.
+        EXPECT_EQ(handle->position(), before.origin());
+        EXPECT_EQ(handle->size(), before.size());
+        ASSERT_TRUE(handle->setPosition({333, 217}));
+        EXPECT_TRUE(frameBecomes(client->window, {333, 217, before.width, before.height}));
+        // Partly off the screen to the top left is allowed too.
+        ASSERT_TRUE(handle->setPosition({-20, 5}));
+        EXPECT_TRUE(frameBecomes(client->window, {-20, 5, before.width, before.height}));
+    }
+    auto handle = handleOf(logo);
+    EXPECT_GT(handle->size()->width, 200);
+    ASSERT_TRUE(handle->setSize({321, 243}));
+    EXPECT_TRUE(frameBecomes(logo.window, {-20, 5, 321, 243}));
+    // Sent back to back, faster than the window manager applies them.
+    ASSERT_TRUE(handle->setSize({260, 190}));
+    ASSERT_TRUE(handle->setPosition({140, 120}));
+    EXPECT_TRUE(frameBecomes(logo.window, {140, 120, 260, 190}));
+    EXPECT_EQ(handle->size(), (Size{260, 190}));
+
+    TestWindowOptions fixed;
+    fixed.x = 500;
+    fixed.fixedSize = true;
+    const WindowId fixedWindow = desktop().createWindow(fixed);
+    auto handles = platform_->windowControl().windowsOfProcess(getpid());
+    ASSERT_TRUE(handles && handles->size() == 1u);
+    EXPECT_EQ(handles->front()->windowNumber(), fixedWindow);
+    EXPECT_EQ(handles->front()->isSizeSettable(), false);
+    EXPECT_EQ(handle->isSizeSettable(), true);
+}
+
+TEST_F(WindowsTest, RaiseRestacksWithoutMovingFocusAndMakeMainFocuses) {
+    TestClient& back = desktop().startXlogo(100, 100, 300, 200);
+    TestClient& front = desktop().startXlogo(200, 150, 300, 200);
+    ASSERT_TRUE(waitUntil([&] { return probe().focusedClient() == front.window; }));
+    ASSERT_TRUE(handleOf(back)->raise());
+    EXPECT_TRUE(waitUntil([&] { return probe().isAbove(back.window, front.window); }));
+    EXPECT_EQ(probe().focusedClient(), front.window);
+
+    ASSERT_TRUE(handleOf(front)->makeMain());
+    EXPECT_TRUE(waitUntil([&] {
+        return probe().focusedClient() == front.window && probe().activeWindow() == front.window &&
+               probe().isAbove(front.window, back.window);
+    }));
+}
+
+TEST_F(WindowsTest, AVanishedWindowAnswersSoftly) {
+    TestClient& logo = desktop().startXlogo(100, 80, 200, 150);
+    auto handle = handleOf(logo);
+    ASSERT_NE(handle, nullptr);
+    desktop().killClient(logo);
+    EXPECT_EQ(handle->position(), std::nullopt);
+    EXPECT_EQ(handle->size(), std::nullopt);
+    EXPECT_EQ(handle->isSizeSettable(), std::nullopt);
+    EXPECT_FALSE(handle->setPosition({10, 10}));
+    EXPECT_FALSE(handle->setSize({100, 100}));
+    EXPECT_FALSE(handle->raise());
+    EXPECT_FALSE(handle->makeMain());
+    EXPECT_EQ(platform_->windowControl().windowsOfProcess(logo.pid)->size(), 0u);
+}
+
+TEST_F(WindowsTest, HandlesWorkFromAnotherThreadWhileInputIsRead) {
+    TestClient& logo = desktop().startXlogo(100, 80, 200, 150);
+    auto handle = handleOf(logo);
+    ASSERT_NE(handle, nullptr);
+    std::vector<InputEvent> events;
+    auto tap = platform_->input().createEventTap(
+        [&](const InputEvent& event) { events.push_back(event); });
+    tap->setPointerMotionWanted(true);
+    // Like the drag session's queue: window requests on a thread of their own.
+    std::atomic<bool> allSent{true};
+    std::thread mover([&] {
+        for (int step = 0; step < 50; ++step) {
+            const bool sent = handle->setPosition({100.0 + step, 80}) && handle->position();
+            allSent = allSent && sent;
+        }
+    });
+    for (int step = 0; step < 50; ++step) {
+        input().movePointerTo(300 + step, 300);
+    }
+    EXPECT_TRUE(waitUntil([&] {
+        return !events.empty() && events.back().location == Point{349, 300};
+    }));
+    mover.join();
+    EXPECT_TRUE(allSent);
+    EXPECT_TRUE(waitUntil([&] {
+        return probe().frameGeometry(logo.window)->origin() == Point{149, 80};
+    }));
+}
+
+// Without a window manager the backend changes the windows itself.
+class WithoutWindowManagerTest : public WindowsTest {
+  protected:
+    X11Desktop::Options desktopOptions() const override { return {1280, 800, false}; }
+};
+
+TEST_F(WithoutWindowManagerTest, WindowsAreMovedResizedAndRaisedDirectly) {
+    TestClient& back = desktop().startXlogo(100, 100, 300, 200);
+    TestClient& front = desktop().startXlogo(200, 150, 300, 200);
+    ASSERT_TRUE(probe().isAbove(front.window, back.window));
+    EXPECT_EQ(server().windowAt({150, 120})->windowNumber, back.window);
+    auto handle = handleOf(back);
+    ASSERT_NE(handle, nullptr);
+    EXPECT_EQ(handle->position(), probe().frameGeometry(back.window)->origin());
+    ASSERT_TRUE(handle->setPosition({40, 30}));
+    ASSERT_TRUE(handle->setSize({250, 180}));
+    EXPECT_TRUE(frameBecomes(back.window, {40, 30, 250, 180}));
+    ASSERT_TRUE(handle->raise());
+    EXPECT_TRUE(probe().isAbove(back.window, front.window));
+    ASSERT_TRUE(handle->makeMain());
+    EXPECT_EQ(probe().focusedClient(), back.window);
+}
+
+}  // namespace
+}  // namespace gf::test
