@@ -11,26 +11,17 @@
 
 namespace gf::test {
 
-TrayProbe::TrayProbe(xcb_connection_t* connection, std::uint32_t root)
-    : connection_(connection), root_(root) {}
+TrayProbe::TrayProbe(X11Desktop& desktop)
+    : connection_(desktop.connection()), root_(desktop.root()), probe_(desktop.probe()) {}
 
-std::uint32_t TrayProbe::atom(const std::string& name) const {
-    const auto reply = xcbReply(
-        connection_, xcb_intern_atom_reply,
-        xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.c_str()));
-    return reply ? reply->atom : static_cast<std::uint32_t>(XCB_ATOM_NONE);
+std::optional<WindowId> TrayProbe::trayOwner() const {
+    const auto reply =
+        xcbReply(connection_, xcb_get_selection_owner_reply,
+                 xcb_get_selection_owner(connection_, probe_.atom("_NET_SYSTEM_TRAY_S0")));
+    return reply && reply->owner != XCB_NONE ? std::optional(reply->owner) : std::nullopt;
 }
 
-std::optional<std::uint32_t> TrayProbe::trayOwner() const {
-    const auto reply = xcbReply(connection_, xcb_get_selection_owner_reply,
-                                xcb_get_selection_owner(connection_, atom("_NET_SYSTEM_TRAY_S0")));
-    if (!reply || reply->owner == XCB_NONE) {
-        return std::nullopt;
-    }
-    return reply->owner;
-}
-
-std::vector<std::uint32_t> TrayProbe::children(std::uint32_t window) const {
+std::vector<WindowId> TrayProbe::children(WindowId window) const {
     const auto reply =
         xcbReply(connection_, xcb_query_tree_reply, xcb_query_tree(connection_, window));
     if (!reply) {
@@ -40,53 +31,15 @@ std::vector<std::uint32_t> TrayProbe::children(std::uint32_t window) const {
     return {first, first + xcb_query_tree_children_length(reply.get())};
 }
 
-std::string TrayProbe::windowClass(std::uint32_t window) const {
-    const auto reply = xcbReply(
-        connection_, xcb_get_property_reply,
-        xcb_get_property(connection_, 0, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 0, 256));
-    if (!reply || reply->format != 8) {
-        return {};
-    }
-    const auto* data = static_cast<const char*>(xcb_get_property_value(reply.get()));
-    const std::string both(data,
-                           static_cast<std::size_t>(xcb_get_property_value_length(reply.get())));
-    const std::size_t separator = both.find('\0');
-    return separator == std::string::npos ? std::string()
-                                          : std::string(both.c_str() + separator + 1);
-}
-
-std::string TrayProbe::title(std::uint32_t window) const {
-    const auto reply = xcbReply(connection_, xcb_get_property_reply,
-                                xcb_get_property(connection_, 0, window, atom("_NET_WM_NAME"),
-                                                 atom("UTF8_STRING"), 0, 256));
-    if (!reply || reply->format != 8) {
-        return {};
-    }
-    const auto* data = static_cast<const char*>(xcb_get_property_value(reply.get()));
-    return {data, static_cast<std::size_t>(xcb_get_property_value_length(reply.get()))};
-}
-
-bool TrayProbe::isViewable(std::uint32_t window, bool* overrideRedirect) const {
-    const auto attributes = xcbReply(connection_, xcb_get_window_attributes_reply,
-                                     xcb_get_window_attributes(connection_, window));
-    if (!attributes) {
-        return false;
-    }
-    if (overrideRedirect != nullptr) {
-        *overrideRedirect = attributes->override_redirect != 0;
-    }
-    return attributes->map_state == XCB_MAP_STATE_VIEWABLE;
-}
-
-std::optional<std::uint32_t> TrayProbe::findViewable(const std::string& wanted) const {
-    std::function<std::optional<std::uint32_t>(std::uint32_t)> search =
-        [&](std::uint32_t window) -> std::optional<std::uint32_t> {
-        for (const std::uint32_t child : children(window)) {
-            if (!isViewable(child)) {
+std::optional<WindowId> TrayProbe::findViewable(const std::string& wanted) const {
+    std::function<std::optional<WindowId>(WindowId)> search =
+        [&](WindowId window) -> std::optional<WindowId> {
+        for (const WindowId child : children(window)) {
+            if (!probe_.isViewable(child)) {
                 continue;
             }
             const auto geometry = rootGeometry(child);
-            if (windowClass(child) == wanted && geometry && geometry->width > 1) {
+            if (probe_.classOf(child) == wanted && geometry && geometry->width > 1) {
                 return child;
             }
             if (const auto found = search(child)) {
@@ -98,19 +51,20 @@ std::optional<std::uint32_t> TrayProbe::findViewable(const std::string& wanted) 
     return search(root_);
 }
 
-std::vector<std::uint32_t> TrayProbe::popups(const std::string& wanted) const {
-    std::vector<std::uint32_t> found;
-    for (const std::uint32_t child : children(root_)) {
-        bool overrideRedirect = false;
-        if (isViewable(child, &overrideRedirect) && overrideRedirect &&
-            windowClass(child) == wanted) {
+std::vector<WindowId> TrayProbe::popups(const std::string& wanted) const {
+    std::vector<WindowId> found;
+    for (const WindowId child : children(root_)) {
+        const auto attributes = xcbReply(connection_, xcb_get_window_attributes_reply,
+                                         xcb_get_window_attributes(connection_, child));
+        if (attributes && attributes->override_redirect &&
+            attributes->map_state == XCB_MAP_STATE_VIEWABLE && probe_.classOf(child) == wanted) {
             found.push_back(child);
         }
     }
     return found;
 }
 
-std::optional<Rect> TrayProbe::rootGeometry(std::uint32_t window) const {
+std::optional<Rect> TrayProbe::rootGeometry(WindowId window) const {
     const auto geometry =
         xcbReply(connection_, xcb_get_geometry_reply, xcb_get_geometry(connection_, window));
     const auto translated = xcbReply(connection_, xcb_translate_coordinates_reply,
@@ -122,16 +76,17 @@ std::optional<Rect> TrayProbe::rootGeometry(std::uint32_t window) const {
                 static_cast<double>(geometry->width), static_cast<double>(geometry->height)};
 }
 
-bool TrayProbe::hasState(std::uint32_t window, const std::string& state) const {
-    const auto reply = xcbReply(
-        connection_, xcb_get_property_reply,
-        xcb_get_property(connection_, 0, window, atom("_NET_WM_STATE"), XCB_ATOM_ATOM, 0, 64));
+bool TrayProbe::hasState(WindowId window, const std::string& state) const {
+    const auto reply =
+        xcbReply(connection_, xcb_get_property_reply,
+                 xcb_get_property(connection_, 0, window, probe_.atom("_NET_WM_STATE"),
+                                  XCB_ATOM_ATOM, 0, 64));
     if (!reply || reply->format != 32) {
         return false;
     }
     const auto* atoms = static_cast<const xcb_atom_t*>(xcb_get_property_value(reply.get()));
     const auto count = static_cast<std::size_t>(xcb_get_property_value_length(reply.get())) / 4;
-    return std::find(atoms, atoms + count, atom(state)) != atoms + count;
+    return std::find(atoms, atoms + count, probe_.atom(state)) != atoms + count;
 }
 
 bool TrayProbe::saveScreenshot(const std::filesystem::path& path) const {
@@ -143,13 +98,10 @@ bool TrayProbe::saveScreenshot(const std::filesystem::path& path) const {
     const auto image = xcbReply(connection_, xcb_get_image_reply,
                                 xcb_get_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, root_, 0, 0,
                                               geometry->width, geometry->height, ~0u));
-    if (!image) {
-        return false;
-    }
     // Depth 24 in Z format: 32 bits per pixel, little-endian BGRX, as RGB32 holds it.
     const int width = geometry->width;
     const int height = geometry->height;
-    if (xcb_get_image_data_length(image.get()) < width * height * 4) {
+    if (!image || xcb_get_image_data_length(image.get()) < width * height * 4) {
         return false;
     }
     const QImage view(xcb_get_image_data(image.get()), width, height, width * 4,

@@ -44,8 +44,8 @@ std::size_t distinctColours(const QImage& image) {
 class UiScreenshotTest : public X11DesktopTest {};
 
 // Every tab and every wizard page, drawn by the real X server under openbox, saved under
-// build/screenshots for people to look at; the program that takes them also checks the wizard's
-// poll and finish, and that the running xterm can be put on the ignore list.
+// build/screenshots for people to look at; the program that takes them also checks that the
+// running xterm can be put on the ignore list.
 TEST_F(UiScreenshotTest, EveryTabAndWizardPageIsDrawnOnARealServer) {
     desktop().startXterm(40, 40);
     desktop().startXlogo(700, 60, 200, 200);
