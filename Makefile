@@ -4,7 +4,7 @@ PRESET ?= $(if $(CI),ci,default)
 JOBS ?= $(shell nproc)
 CTEST_JOBS ?= 4
 
-.PHONY: all deps configure build run demo test test-unit test-tsan clean format
+.PHONY: all deps configure build run demo test test-unit test-tsan clean format bench
 
 all: build
 
@@ -32,6 +32,12 @@ test-tsan: deps
 	@cmake --preset tsan >/dev/null
 	@cmake --build build-tsan -j $(JOBS) --target engine_concurrency_test
 	@./build-tsan/tests/engine_concurrency_test
+
+# Latency, CPU, wake-ups, memory and start-up against openbox's own move and
+# resize, in a private X server (a few minutes); tables in build/bench/.
+bench: configure
+	@cmake --build build -j $(JOBS) --target glimmerfold glimmerfold_bench
+	@./build/bench/glimmerfold_bench --output build/bench
 
 format:
 	@git ls-files '*.cpp' '*.h' | xargs clang-format -i

@@ -12,8 +12,7 @@ std::vector<std::chrono::nanoseconds> motionSchedule(int rateHz, std::size_t cou
     }
     schedule.reserve(count);
     const std::chrono::nanoseconds period(1'000'000'000LL / rateHz);
-    const auto perBurst =
-        std::max<std::size_t>(1, static_cast<std::size_t>(kBurstLength / period));
+    const auto perBurst = std::max<std::size_t>(1, static_cast<std::size_t>(kBurstLength / period));
     std::mt19937 random(seed);
     std::uniform_int_distribution<std::int64_t> pause(
         0, std::chrono::nanoseconds(kLongestPause).count() - 1);

@@ -32,7 +32,7 @@ void printUsage() {
                  "  --only     some of idle,memory,latency,autoraise (start-up always runs)\n"
                  "  --rates    input rates of the latency runs (default 250,500,1000)\n"
                  "  --seconds  length of each latency run (default 3)\n"
-           "  --raw      every motion's latency in results.json\n";
+                 "  --raw      every motion's latency in results.json\n";
 }
 
 std::vector<std::string> commaList(const std::string& text) {
@@ -117,20 +117,23 @@ std::string firstLineStartingWith(const std::filesystem::path& file, const std::
     return {};
 }
 
+std::string oneMinuteLoad() {
+    std::string load;
+    std::getline(std::ifstream("/proc/loadavg"), load);
+    std::istringstream fields(load);
+    std::string oneMinute;
+    fields >> oneMinute;
+    return oneMinute;
+}
+
 // The numbers depend on the machine and on what else it is doing.
 std::string machineDescription() {
     std::string model = firstLineStartingWith("/proc/cpuinfo", "model name");
     if (const std::size_t colon = model.find(": "); colon != std::string::npos) {
         model = model.substr(colon + 2);
     }
-    std::string load;
-    std::getline(std::ifstream("/proc/loadavg"), load);
-    std::istringstream fields(load);
-    std::string oneMinute;
-    fields >> oneMinute;
     return (model.empty() ? std::string("unknown CPU") : model) + ", " +
-           std::to_string(std::thread::hardware_concurrency()) + " cores, load average " +
-           oneMinute + " at the start";
+           std::to_string(std::thread::hardware_concurrency()) + " cores";
 }
 
 // A smoke run proves that every part produced numbers, not that they are good.
@@ -165,11 +168,12 @@ int main(int argc, char** argv) {
             return 1;
         }
         const std::string started = utcNow();
-        const std::string machine = machineDescription();
+        const std::string loadAtStart = oneMinuteLoad();
         gf::bench::Bench bench(*desktop, arguments.glimmerfold, arguments.plan);
         results = bench.run();
         results.started = started;
-        results.machine = machine;
+        results.machine = machineDescription() + ", load average " + loadAtStart +
+                          " at the start and " + oneMinuteLoad() + " at the end";
     } catch (const std::exception& failure) {
         std::cerr << "glimmerfold_bench: " << failure.what() << "\n";
         return 1;

@@ -104,7 +104,8 @@ TEST(MotionScheduleTest, BurstsAtTheRateWithPausesShorterThanATick) {
             pauses.insert(gap.count());
         }
     }
-    EXPECT_GT(pauses.size(), 5u) << "the pauses differ, so the bursts meet the tick at other phases";
+    EXPECT_GT(pauses.size(), 5u)
+        << "the pauses differ, so the bursts meet the tick at other phases";
     EXPECT_EQ(motionSchedule(1000, 3000, 1), schedule) << "the same seed, the same run";
     EXPECT_EQ(motionSchedule(250, 2, 1)[1], std::chrono::milliseconds(4));
 }
