@@ -56,14 +56,6 @@ TEST(ThreadSerialQueueTest, RunsTasksAndTicksOneAtATimeInOrder) {
     EXPECT_GE(ticks.load(), 5);
 }
 
-TEST(ThreadSerialQueueTest, FirstTickComesAtOnceEvenWithALongPeriod) {
-    ThreadSerialQueueFactory factory;
-    auto queue = factory.createSerialQueue("q");
-    std::promise<void> ticked;
-    auto timer = queue->scheduleRepeating(1h, 1ms, [&] { ticked.set_value(); });
-    EXPECT_EQ(ticked.get_future().wait_for(5s), std::future_status::ready);
-}
-
 TEST(ThreadSerialQueueTest, CancelDoesNotWaitForARunningTickAndStopsLaterOnes) {
     ThreadSerialQueueFactory factory;
     auto queue = factory.createSerialQueue("q");
@@ -87,9 +79,13 @@ TEST(ThreadSerialQueueTest, CancelDoesNotWaitForARunningTickAndStopsLaterOnes) {
     EXPECT_EQ(ticks.load(), 1);
 }
 
-TEST(ThreadSerialQueueTest, DestructionRunsSubmittedTasksAndATimerMayOutliveItsQueue) {
+TEST(ThreadSerialQueueTest, FirstTickComesAtOnceAndDestructionRunsWhatWasSubmitted) {
     ThreadSerialQueueFactory factory;
     auto queue = factory.createSerialQueue("q");
+    std::promise<void> ticked;
+    auto timer = queue->scheduleRepeating(1h, 1ms, [&] { ticked.set_value(); });
+    ASSERT_EQ(ticked.get_future().wait_for(5s), std::future_status::ready);
+
     std::atomic<int> done{0};
     std::promise<void> release;
     auto released = release.get_future().share();
@@ -97,11 +93,10 @@ TEST(ThreadSerialQueueTest, DestructionRunsSubmittedTasksAndATimerMayOutliveItsQ
     for (int i = 0; i < 10; ++i) {
         queue->async([&] { ++done; });
     }
-    auto timer = queue->scheduleRepeating(1ms, 0ms, [] {});
     release.set_value();
     queue.reset();
     EXPECT_EQ(done.load(), 10);
-    EXPECT_FALSE(timer->isActive());
+    EXPECT_FALSE(timer->isActive()) << "a timer may outlive its queue";
     timer->cancel();
 }
 

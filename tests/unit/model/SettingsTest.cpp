@@ -53,28 +53,6 @@ QByteArray dataLine(const char* key, QByteArray json) {
     return QByteArray(key) + "=\"@ByteArray(" + json.replace("\"", "\\\"") + ")\"\n";
 }
 
-void expectDefaults(const Settings& settings) {
-    EXPECT_TRUE(settings.isEnabled());
-    EXPECT_EQ(settings.moveModifiers(), (ModifierKeySet{control, command}));
-    EXPECT_EQ(settings.resizeModifiers(), (ModifierKeySet{control, option}));
-    EXPECT_TRUE(settings.bringToFrontOnManipulate());
-    EXPECT_FALSE(settings.resizeFromBottomRightOnly());
-    EXPECT_FALSE(settings.autoRaiseEnabled());
-    EXPECT_EQ(settings.autoRaiseDelay(), 0.25);
-    EXPECT_FALSE(settings.autoRaiseAllWindows());
-    EXPECT_EQ(settings.autoRaiseModifiers(), ModifierKeySet{});
-    EXPECT_TRUE(settings.magneticsEnabled());
-    EXPECT_TRUE(settings.snapToScreenEdges());
-    EXPECT_TRUE(settings.snapToWindowEdges());
-    EXPECT_TRUE(settings.snapToDockAndMenuBar());
-    EXPECT_EQ(settings.snapThreshold(), 10.0);
-    EXPECT_FALSE(settings.hasCompletedSetup());
-    EXPECT_FALSE(settings.startAtLogin());
-    EXPECT_FALSE(settings.showInDock());
-    EXPECT_TRUE(settings.showMenuBarIcon());
-    EXPECT_TRUE(settings.ignoreList().empty());
-}
-
 // A value unlike `current`, for any preference type.
 QVariant differentValue(const QVariant& current) {
     if (current.typeId() == QMetaType::Bool) {
@@ -91,15 +69,10 @@ QVariant differentValue(const QVariant& current) {
     return QVariant::fromValue(Entries{{"XTerm", "xterm"}, {"XTerm", "UXTerm"}});
 }
 
-TEST_F(SettingsTest, AMissingFileYieldsTheDefaultsAndConstructionWritesNothing) {
+// The defaults themselves are pinned by the behaviour the engine and view tests expect of them.
+TEST_F(SettingsTest, EveryPropertyIsWrittenThroughAndReadBackButReadingWritesNothing) {
     Settings settings(path());
-    expectDefaults(settings);
-    EXPECT_EQ(settings.filePath(), path());
     EXPECT_TRUE(QDir(dir_.path()).isEmpty());
-}
-
-TEST_F(SettingsTest, EveryPropertyIsWrittenThroughAndReadBack) {
-    Settings settings(path());
     const QMetaObject& meta = Settings::staticMetaObject;
     ASSERT_EQ(meta.propertyCount() - meta.propertyOffset(), 19);
     for (int i = meta.propertyOffset(); i < meta.propertyCount(); ++i) {
@@ -191,7 +164,7 @@ TEST_F(SettingsTest, UnreadableSetsAndListsFallBackAloneAndAnEmptySetStaysEmpty)
     EXPECT_TRUE(other->ignoreList().empty());
 }
 
-TEST_F(SettingsTest, SignalsOnlyRealChangesAfterTheValueIsWritten) {
+TEST_F(SettingsTest, SignalsOnlyRealChangesAfterTheValueIsWrittenAndMatchesIdentifiers) {
     Settings settings(path());
     QSignalSpy enabledSpy(&settings, &Settings::isEnabledChanged);
     settings.setIsEnabled(true);
@@ -228,15 +201,10 @@ TEST_F(SettingsTest, SignalsOnlyRealChangesAfterTheValueIsWritten) {
     settings.setIgnoreList({{"b", "B"}, {"a", "A"}});
     settings.setIgnoreList({{"b", "B"}, {"a", "renamed"}});
     EXPECT_EQ(listSpy.count(), 3);
-}
-
-TEST_F(SettingsTest, IsIgnoredMatchesTheIdentifierExactly) {
-    Settings settings(path());
-    settings.setIgnoreList({{"XTerm", "xterm"}, {"XTerm", "UXTerm"}, {"Gimp", "GIMP"}});
-    EXPECT_TRUE(settings.isIgnored("XTerm"));
-    EXPECT_TRUE(settings.isIgnored("Gimp"));
-    EXPECT_FALSE(settings.isIgnored("xterm"));
-    EXPECT_FALSE(settings.isIgnored("GIMP"));  // the display name plays no part
+    // Only the exact identifier is ignored; the display name plays no part.
+    EXPECT_TRUE(settings.isIgnored("a"));
+    EXPECT_FALSE(settings.isIgnored("A"));
+    EXPECT_FALSE(settings.isIgnored("renamed"));
 }
 
 TEST_F(SettingsTest, KeysItDoesNotKnowAreKept) {
