@@ -262,6 +262,7 @@ TEST_F(EngineE2ETest, AutoRaiseBringsTheWindowUpAfterTheDelayAndNotBefore) {
     const WindowId above = desktop().startXlogo(350, 250, 300, 200).window;
     ASSERT_TRUE(probe().isAbove(above, below));
     autoRaise_->start();
+    settle();  // the pointer monitor's selection is in effect before the pointer moves
     const auto movedAt = std::chrono::steady_clock::now();
     pointerAt({250, 230});  // on the part of the lower window left uncovered
     ASSERT_TRUE(waitUntil([&] { return probe().isAbove(below, above); }));
