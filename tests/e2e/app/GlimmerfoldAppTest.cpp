@@ -26,9 +26,9 @@ class GlimmerfoldAppTest : public X11DesktopTest {
     std::unique_ptr<ChildProcess> launch(const std::string& outputName) {
         std::string error;
         // Only read when the program is built with AddressSanitizer.
-        auto process = glimmerfold_->launch(
-            GLIMMERFOLD_EXECUTABLE, outputName, &error,
-            {{"LSAN_OPTIONS", "suppressions=" GLIMMERFOLD_LSAN_SUPPRESSIONS}});
+        auto process =
+            glimmerfold_->launch(GLIMMERFOLD_EXECUTABLE, outputName, &error,
+                                 {{"LSAN_OPTIONS", "suppressions=" GLIMMERFOLD_LSAN_SUPPRESSIONS}});
         EXPECT_NE(process, nullptr) << error;
         return process;
     }
