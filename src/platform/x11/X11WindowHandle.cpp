@@ -102,10 +102,12 @@ std::optional<X11WindowHandle::Placement> X11WindowHandle::placementFrom(
     if (geometry == nullptr || !extents) {
         return std::nullopt;  // the window vanished
     }
+    // Without a window manager nothing frames the window; the extents a dead one set stay behind
+    // on the client and would shift every write by its decorations.
     return Placement{
         {Size{static_cast<double>(geometry->width), static_cast<double>(geometry->height)},
          static_cast<double>(geometry->border_width)},
-        *extents};
+        managedByEwmh_ ? *extents : FrameExtents{}};
 }
 
 // A drag writes 125 times a second, and a write that waited for a read

@@ -537,8 +537,11 @@ std::vector<WindowDescription> X11WindowInspector::describe(
         description.windowNumber = windows[i].client;
         description.ownerPid = pids[i];
         description.layer = layers[i];
-        description.bounds =
-            frameRectangle(extents.get(), origin.get(), clientGeometry.get(), frameGeometry.get());
+        // A client that is the root's child has no frame, whatever _NET_FRAME_EXTENTS says: a
+        // window manager that died leaves the property behind.
+        const bool framed = windows[i].frame != windows[i].client;
+        description.bounds = frameRectangle(framed ? extents.get() : nullptr, origin.get(),
+                                            clientGeometry.get(), frameGeometry.get());
         descriptions.push_back(description);
     }
     return descriptions;
@@ -578,13 +581,18 @@ std::optional<Rect> X11WindowInspector::outerFrame(xcb_window_t client) const {
         requestProperty(c, client, connection_.atoms().netFrameExtents, XCB_ATOM_CARDINAL, 4);
     auto originCookie = xcb_translate_coordinates(c, client, connection_.root(), 0, 0);
     auto geometryCookie = xcb_get_geometry(c, client);
+    auto treeCookie = xcb_query_tree(c, client);
     auto extents = xcbReply(c, xcb_get_property_reply, extentsCookie);
     auto origin = xcbReply(c, xcb_translate_coordinates_reply, originCookie);
     auto geometry = xcbReply(c, xcb_get_geometry_reply, geometryCookie);
-    if (!extents || !origin || !geometry) {
+    auto tree = xcbReply(c, xcb_query_tree_reply, treeCookie);
+    if (!extents || !origin || !geometry || !tree) {
         return std::nullopt;  // the window vanished
     }
-    if (values32(extents.get()).size() >= 4) {
+    // Decorations belong to a frame; a client that is the root's child has none, whatever
+    // _NET_FRAME_EXTENTS says: a window manager that died leaves the property behind.
+    const bool framed = tree->parent != connection_.root() && tree->parent != XCB_WINDOW_NONE;
+    if (framed && values32(extents.get()).size() >= 4) {
         return frameRectangle(extents.get(), origin.get(), geometry.get(), nullptr);
     }
     // No decorations described: the frame is the root's child holding the
