@@ -1,0 +1,295 @@
+// Thousands of gestures, moves and resizes with magnetics and auto raise on, over windows that are
+// created and destroyed at random, some of them in the middle of a gesture, against the real
+// program. Nothing may crash or leak, no gesture may outlive its keys, and the diagnostic log may
+// only hold the line of the one event tap that was started.
+//
+// GLIMMERFOLD_SOAK_GESTURES and GLIMMERFOLD_SOAK_SEED in the environment override the count and
+// the random seed; a failure names the seed and the gesture.
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <random>
+#include <sstream>
+
+#include "GestureHands.h"
+#include "GlimmerfoldUnderTest.h"
+#include "TrayMenu.h"
+#include "x11/X11DesktopTest.h"
+
+namespace gf::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr int kScreenWidth = 1280;
+constexpr int kScreenHeight = 800;
+// The tray host sits at the top right; windows stay below it and inside the screen, so that every
+// gesture has room to go either way.
+constexpr Rect kArena{30, 60, kScreenWidth - 60, kScreenHeight - 90};
+constexpr int kMinimumWindows = 2;
+constexpr int kMaximumWindows = 7;
+// After the keys are let go the pointer moves on; a gesture still running would take the window
+// along within a few of its 8 ms ticks.
+constexpr auto kAfterReleaseWatch = 100ms;
+
+int environmentNumber(const char* name, int fallback) {
+    const char* value = std::getenv(name);
+    return value != nullptr && *value != '\0' ? std::atoi(value) : fallback;
+}
+
+long residentKilobytes(pid_t pid) {
+    std::ifstream status("/proc/" + std::to_string(pid) + "/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.rfind("VmRSS:", 0) == 0) {
+            return std::stol(line.substr(6));
+        }
+    }
+    return 0;
+}
+
+// Where a gesture takes hold of a window, and which way the hands nudge it at first.
+struct Grab {
+    WindowId window = 0;
+    int x = 0;
+    int y = 0;
+    Point towards;
+};
+
+struct SoakFigures {
+    int moves = 0;
+    int resizes = 0;
+    int created = 0;
+    int destroyed = 0;
+    int destroyedMidGesture = 0;
+};
+
+class SoakTest : public X11DesktopTest {
+  protected:
+    void SetUp() override {
+        if (const auto reason = GlimmerfoldUnderTest::sandboxUnavailable()) {
+            GTEST_SKIP() << *reason;
+        }
+        X11DesktopTest::SetUp();
+        ASSERT_FALSE(HasFatalFailure());
+        glimmerfold_ = std::make_unique<GlimmerfoldUnderTest>(desktop());
+        hands_ = std::make_unique<GestureHands>(desktop());
+        tray_ = std::make_unique<TrayMenu>(desktop());
+        std::string error;
+        ASSERT_TRUE(tray_->startTrayHost(&error)) << error;
+        // Only read by a program built with the sanitizers.
+        glimmerfold_->setEnvironment("LSAN_OPTIONS", "suppressions=" GLIMMERFOLD_LSAN_SUPPRESSIONS);
+        glimmerfold_->keepVisible(
+            std::filesystem::path(GLIMMERFOLD_LSAN_SUPPRESSIONS).parent_path());
+        glimmerfold_->setEnvironment("UBSAN_OPTIONS", "print_stacktrace=1:halt_on_error=1");
+        glimmerfold_->writeSettings(GlimmerfoldUnderTest::settingsWith(
+            {"magneticsEnabled=true", "autoRaiseEnabled=true", "autoRaiseDelay=0.05"}));
+    }
+
+    void TearDown() override {
+        if (hands_) {
+            hands_->release();
+        }
+    }
+
+    int random(int low, int high) { return std::uniform_int_distribution(low, high)(random_); }
+    bool chance(double probability) { return std::bernoulli_distribution(probability)(random_); }
+
+    void createWindow(SoakFigures& figures) {
+        TestWindowOptions options;
+        options.width = random(140, 320);
+        options.height = random(110, 240);
+        options.x = random(static_cast<int>(kArena.x),
+                           static_cast<int>(kArena.maxX()) - options.width - 10);
+        options.y = random(static_cast<int>(kArena.y),
+                           static_cast<int>(kArena.maxY()) - options.height - 30);
+        options.windowClass = "SoakWindow" + std::to_string(++figures.created);
+        windows_.push_back(desktop().createWindow(options));
+    }
+
+    void destroyWindow(WindowId window, SoakFigures& figures) {
+        desktop().destroyWindow(window);
+        windows_.erase(std::remove(windows_.begin(), windows_.end(), window), windows_.end());
+        ++figures.destroyed;
+    }
+
+    // The window the user would grab at (x, y): the front-most of ours whose frame holds it.
+    std::optional<WindowId> windowAt(int x, int y) const {
+        for (const WindowId client : probe().clientsFrontToBack()) {
+            if (std::find(windows_.begin(), windows_.end(), client) == windows_.end()) {
+                continue;
+            }
+            const std::optional<Rect> frame = probe().frameGeometry(client);
+            if (frame && frame->contains(Point{static_cast<double>(x), static_cast<double>(y)})) {
+                return client;
+            }
+        }
+        return std::nullopt;
+    }
+
+    // A window and a point on it for the next gesture. Glimmerfold may read the pointer only after
+    // the first nudge (GestureHands), so that point must show the same window too. A resize takes
+    // hold inside the bottom-right corner and shrinks a large window or grows a small one; a move
+    // takes hold anywhere and heads for the middle of the screen.
+    std::optional<Grab> chooseGrab(GestureKind kind) {
+        constexpr int kNudge = 12;
+        for (int attempt = 0; attempt < 50; ++attempt) {
+            const WindowId window = windows_[static_cast<std::size_t>(
+                random(0, static_cast<int>(windows_.size()) - 1))];
+            const std::optional<Rect> frame = probe().frameGeometry(window);
+            if (!frame) {
+                continue;
+            }
+            Grab grab{window, 0, 0, {}};
+            if (kind == GestureKind::move) {
+                grab.x = static_cast<int>(frame->x + frame->width * random(20, 80) / 100);
+                grab.y = static_cast<int>(frame->y + frame->height * random(25, 80) / 100);
+                grab.towards = {frame->midX() < kScreenWidth / 2.0 ? 1.0 : -1.0,
+                                frame->midY() < kScreenHeight / 2.0 ? 1.0 : -1.0};
+            } else {
+                grab.x = static_cast<int>(frame->maxX()) - random(20, 35);
+                grab.y = static_cast<int>(frame->maxY()) - random(20, 35);
+                grab.towards = {frame->width > 260 ? -1.0 : 1.0, frame->height > 200 ? -1.0 : 1.0};
+            }
+            const int nudgedX = grab.x + static_cast<int>(grab.towards.x) * kNudge;
+            const int nudgedY = grab.y + static_cast<int>(grab.towards.y) * kNudge;
+            if (windowAt(grab.x, grab.y) == window && windowAt(nudgedX, nudgedY) == window) {
+                return grab;
+            }
+        }
+        return std::nullopt;
+    }
+
+    // Waits until the frame has stopped changing, as it does once the last pointer position has
+    // been applied.
+    std::optional<Rect> settledFrame(WindowId window) {
+        std::optional<Rect> last = probe().frameGeometry(window);
+        waitUntil(
+            [&] {
+                processEventsFor(20ms);
+                const std::optional<Rect> now = probe().frameGeometry(window);
+                const bool same = now == last;
+                last = now;
+                return same;
+            },
+            1s);
+        return last;
+    }
+
+    std::unique_ptr<GlimmerfoldUnderTest> glimmerfold_;
+    std::unique_ptr<GestureHands> hands_;
+    std::unique_ptr<TrayMenu> tray_;
+    std::vector<WindowId> windows_;
+    std::mt19937 random_;
+};
+
+TEST_F(SoakTest, GesturesOverWindowsThatComeAndGo) {
+    const int gestures = environmentNumber("GLIMMERFOLD_SOAK_GESTURES", GLIMMERFOLD_SOAK_GESTURES);
+    const int seed = environmentNumber("GLIMMERFOLD_SOAK_SEED", 8);
+    random_.seed(static_cast<std::mt19937::result_type>(seed));
+    std::cout << "soak: " << gestures << " gestures, seed " << seed << std::endl;
+
+    auto program = glimmerfold_->launch();
+    ASSERT_NE(program, nullptr);
+    ASSERT_TRUE(glimmerfold_->waitForEventTaps(1, 30s)) << glimmerfold_->output();
+    SoakFigures figures;
+    while (static_cast<int>(windows_.size()) < 4) {
+        createWindow(figures);
+    }
+    long residentAfterWarmUp = 0;
+
+    for (int gesture = 1; gesture <= gestures; ++gesture) {
+        SCOPED_TRACE("gesture " + std::to_string(gesture) + " of seed " + std::to_string(seed));
+        if (static_cast<int>(windows_.size()) < kMaximumWindows && chance(0.15)) {
+            createWindow(figures);
+        }
+        if (static_cast<int>(windows_.size()) > kMinimumWindows && chance(0.1)) {
+            destroyWindow(windows_[static_cast<std::size_t>(
+                              random(0, static_cast<int>(windows_.size()) - 1))],
+                          figures);
+        }
+
+        const GestureKind kind = chance(0.6) ? GestureKind::move : GestureKind::resize;
+        const std::optional<Grab> grab = chooseGrab(kind);
+        ASSERT_TRUE(grab) << "no window shows enough of itself to be grabbed";
+        const WindowId target = grab->window;
+        const int x = grab->x;
+        const int y = grab->y;
+        const Point towards = grab->towards;
+        const Rect start = *probe().frameGeometry(target);
+        ASSERT_TRUE(hands_->begin(kind, target, x, y, 5s, towards))
+            << (kind == GestureKind::move ? "a move" : "a resize") << " of " << target << " at "
+            << start.x << "," << start.y << " " << start.width << "x" << start.height
+            << " did not begin, grabbed at " << x << "," << y << " towards " << towards.x << ","
+            << towards.y << "\n"
+            << glimmerfold_->output();
+        ++(kind == GestureKind::move ? figures.moves : figures.resizes);
+
+        // A few steps that keep the frame inside the arena (resizes within sensible sizes).
+        const bool destroyMidway =
+            chance(0.04) && static_cast<int>(windows_.size()) > kMinimumWindows;
+        const int steps = random(2, 6);
+        int pointerX = x;
+        int pointerY = y;
+        for (int step = 1; step <= steps; ++step) {
+            pointerX = std::clamp(pointerX + random(-60, 60), static_cast<int>(kArena.x) + 20,
+                                  static_cast<int>(kArena.maxX()) - 20);
+            pointerY = std::clamp(pointerY + random(-50, 50), static_cast<int>(kArena.y) + 20,
+                                  static_cast<int>(kArena.maxY()) - 20);
+            input().movePointerTo(pointerX, pointerY);
+            if (destroyMidway && step == 1) {
+                destroyWindow(target, figures);
+                ++figures.destroyedMidGesture;
+            }
+        }
+        const std::optional<Rect> beforeRelease =
+            destroyMidway ? std::nullopt : settledFrame(target);
+        hands_->release(chance(0.5));
+
+        // The keys are up: moving on must leave the window where the gesture left it.
+        input().movePointerTo(std::clamp(pointerX + 40, 0, kScreenWidth - 1),
+                              std::clamp(pointerY + 40, 0, kScreenHeight - 1));
+        if (beforeRelease) {
+            processEventsFor(kAfterReleaseWatch);
+            const std::optional<Rect> after = probe().frameGeometry(target);
+            ASSERT_EQ(after, beforeRelease) << "the gesture went on after its keys were let go";
+            // Bring a frame that wandered off the arena back, so later gestures have room.
+            if (!kArena.contains(after->origin()) || after->maxX() > kArena.maxX() ||
+                after->maxY() > kArena.maxY() || after->width > 360 || after->height > 280) {
+                destroyWindow(target, figures);
+                createWindow(figures);
+            }
+        }
+        ASSERT_TRUE(program->isRunning()) << glimmerfold_->output();
+        if (gesture == std::min(50, gestures)) {
+            residentAfterWarmUp = residentKilobytes(program->pid());
+        }
+    }
+
+    const long residentAtEnd = residentKilobytes(program->pid());
+    std::cout << "soak: " << figures.moves << " moves, " << figures.resizes << " resizes over "
+              << figures.created << " windows created and " << figures.destroyed << " destroyed ("
+              << figures.destroyedMidGesture << " in the middle of a gesture); "
+              << "resident memory " << residentAfterWarmUp << " kB after the first 50 gestures, "
+              << residentAtEnd << " kB at the end" << std::endl;
+
+    // One event tap was started, so the log holds its line and nothing else.
+    const std::vector<std::string> log = glimmerfold_->logLines();
+    ASSERT_EQ(log.size(), 1u) << fileText(glimmerfold_->logFile());
+    EXPECT_NE(log[0].find("] [EventTap] Created and enabled successfully."), std::string::npos)
+        << log[0];
+
+    // A clean exit, which is also when LeakSanitizer looks for leaks.
+    ::kill(program->pid(), SIGTERM);
+    EXPECT_EQ(program->waitForExit(60s), 0) << glimmerfold_->output();
+    const std::string output = glimmerfold_->output();
+    for (const char* report : {"AddressSanitizer", "LeakSanitizer", "runtime error"}) {
+        EXPECT_EQ(output.find(report), std::string::npos) << output;
+    }
+    EXPECT_EQ(output, "") << "nothing reaches the user";
+}
+
+}  // namespace
+}  // namespace gf::test
