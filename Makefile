@@ -4,7 +4,7 @@ PRESET ?= $(if $(CI),ci,default)
 JOBS ?= $(shell nproc)
 CTEST_JOBS ?= 4
 
-.PHONY: all deps configure build run demo test test-unit test-tsan clean format bench
+.PHONY: all deps configure build run demo test test-unit test-tsan clean format bench fuzz soak
 
 all: build
 
@@ -39,8 +39,25 @@ bench: configure
 	@cmake --build build -j $(JOBS) --target glimmerfold glimmerfold_bench
 	@./build/bench/glimmerfold_bench --output build/bench
 
+# Each fuzz target for FUZZ_SECONDS (300 by default) under AddressSanitizer and
+# UndefinedBehaviorSanitizer; clang builds them in build-fuzz, which keeps the inputs found.
+FUZZ_SECONDS ?= 300
+FUZZ_CXX ?= clang++
+fuzz: deps
+	@cmake -S tests/fuzz/targets -B build-fuzz -G Ninja -DCMAKE_CXX_COMPILER=$(FUZZ_CXX) >/dev/null
+	@cmake --build build-fuzz -j $(JOBS)
+	@./tests/fuzz/run-fuzzers build-fuzz $(FUZZ_SECONDS)
+
+# SOAK_GESTURES (2,000 by default) moves and resizes against the program built with
+# AddressSanitizer and UndefinedBehaviorSanitizer (the dev preset, in build-dev).
+SOAK_GESTURES ?= 2000
+soak: deps
+	@cmake --preset dev >/dev/null
+	@cmake --build build-dev -j $(JOBS) --target soak_e2e_test
+	@GLIMMERFOLD_SOAK_GESTURES=$(SOAK_GESTURES) ./build-dev/tests/soak_e2e_test
+
 format:
 	@git ls-files '*.cpp' '*.h' | xargs clang-format -i
 
 clean:
-	@rm -rf build build-dev build-tsan
+	@rm -rf build build-dev build-tsan build-fuzz
