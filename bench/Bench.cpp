@@ -1,5 +1,6 @@
 #include "Bench.h"
 
+#include <array>
 #include <chrono>
 #include <iostream>
 #include <stdexcept>
@@ -193,7 +194,9 @@ IdleRun Bench::measureIdle(int rateHz, bool autoRaise) {
     const int startY = frame ? static_cast<int>(frame->y + frame->height / 4) : kHomeY;
     hands_->moveTo(startX, startY);
     hands_->sync();
-    std::this_thread::sleep_for(200ms);
+    // Longer than the auto raise delay: the raise that this move may cause
+    // happens before the counting starts.
+    std::this_thread::sleep_for(500ms);
 
     const ProcessSample before = sampleProcess(glimmerfold_->pid());
     const auto started = Clock::now();
@@ -219,7 +222,6 @@ IdleRun Bench::measureIdle(int rateHz, bool autoRaise) {
 
 void Bench::measureMemory(BenchResults& results) {
     MemoryResult& memory = results.memory;
-    memory.startupKiB = results.memory.startupKiB;
     placeHome();
     auto [x, y] = grabPoint(Gesture::move);
     const std::size_t warmUp = plan_.gestures / 10;
@@ -275,9 +277,10 @@ LatencyRun Bench::measureLatency(Mover mover, Gesture gesture, int rateHz, bool 
         motionSchedule(rateHz, count, static_cast<std::uint32_t>(rateHz));
     std::vector<TimedKey> motions;
     motions.reserve(count);
-    const pid_t pids[] = {glimmerfold_->pid(), desktop_.windowManagerPid(), desktop_.serverPid()};
-    ProcessSample before[3];
-    for (int i = 0; i < 3; ++i) {
+    const std::array<pid_t, 3> pids{glimmerfold_->pid(), desktop_.windowManagerPid(),
+                                    desktop_.serverPid()};
+    std::array<ProcessSample, 3> before;
+    for (std::size_t i = 0; i < pids.size(); ++i) {
         before[i] = sampleProcess(pids[i]);
     }
     const auto started = Clock::now();
@@ -293,8 +296,8 @@ LatencyRun Bench::measureLatency(Mover mover, Gesture gesture, int rateHz, bool 
     const bool caughtUp = watcher_->waitForLatest(
         [&](const FrameReport& now) { return frameKey(gesture, now) == lastKey; }, kCatchUpTimeout);
     const auto finished = caughtUp ? watcher_->latest().time : Clock::now();
-    ProcessSample after[3];
-    for (int i = 0; i < 3; ++i) {
+    std::array<ProcessSample, 3> after;
+    for (std::size_t i = 0; i < pids.size(); ++i) {
         after[i] = sampleProcess(pids[i]);
     }
     letGo(mover, gesture, kStill);
