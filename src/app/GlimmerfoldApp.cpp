@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QTimer>
+#include <cstdlib>
 
 #include "app/AppDelegate.h"
 #include "app/AppState.h"
@@ -23,7 +24,10 @@ GlimmerfoldApp::GlimmerfoldApp(Settings& settings, UiFactory& ui, X11Platform& x
       trayItem_(std::make_unique<TrayItem>(settings_, *appState_, ui)),
       delegate_(std::make_unique<AppDelegate>(*appState_, &TrayItem::isTrayAvailable)) {
     appState_->setTaskbarPresence(taskbarPresence_.get());
-    x11.setConnectionLostHandler([] { QCoreApplication::exit(1); });
+    // The toolkit notices the broken connection too and, given the chance, adds a line of its own
+    // on the way out; with the server gone there is nothing left to tidy up on the screen, and
+    // every setting was saved when it was made, so the program ends here.
+    x11.setConnectionLostHandler([] { std::exit(1); });
     connect(qApp, &QCoreApplication::aboutToQuit, this,
             [this] { delegate_->applicationWillTerminate(); });
 }
