@@ -39,11 +39,20 @@ class FaultTest : public X11DesktopTest {
         hands_ = std::make_unique<GestureHands>(desktop());
         tray_ = std::make_unique<TrayMenu>(desktop());
         glimmerfold_->writeSettings(GlimmerfoldUnderTest::settingsWith(kNoMagnetics));
+        // Without a tray Glimmerfold opens its Settings window after a while, in the way of the
+        // gestures.
+        std::string error;
+        ASSERT_TRUE(tray().startTrayHost(&error)) << error;
     }
 
+    // The programs a test started were stopped when its body ended; under the sanitizers that is
+    // when leaks are reported.
     void TearDown() override {
         if (hands_) {
             hands_->release();
+        }
+        if (glimmerfold_) {
+            EXPECT_EQ(glimmerfold_->sanitizerReports(), "");
         }
     }
 
@@ -67,11 +76,6 @@ class FaultTest : public X11DesktopTest {
             count += line.find("[EventTap] Created") != std::string::npos ? 1 : 0;
         }
         return count;
-    }
-
-    void startTrayHost() {
-        std::string error;
-        ASSERT_TRUE(tray().startTrayHost(&error)) << error;
     }
 
     Rect frameOf(WindowId window) const {
@@ -214,8 +218,6 @@ class WindowManagerFaultTest : public FaultTest {
 };
 
 TEST_F(WindowManagerFaultTest, GesturesWorkWithoutOneAndAcrossAKilledAndANewWindowManager) {
-    startTrayHost();  // so that no Settings window opens in the way
-    ASSERT_FALSE(HasFatalFailure());
     auto program = start();
     ASSERT_NE(program, nullptr);
     TestClient& logo = desktop().startXlogo(200, 200, 240, 180);
@@ -331,9 +333,10 @@ TEST_F(FaultTest, WhenTheServerGoesAwayItExitsWithinASecondWithOneLine) {
     EXPECT_LT(cpuUsed, 0.3) << "it spun before exiting";
 
     EXPECT_NE(program->waitForExit(1s), 0);
+    // Glimmerfold's line, or the toolkit's when it noticed first; never both.
     const std::vector<std::string> lines = glimmerfold().outputLines();
     ASSERT_EQ(lines.size(), 1u) << glimmerfold().output();
-    EXPECT_NE(lines.front().find("X server"), std::string::npos) << lines.front();
+    EXPECT_NE(lines.front().find("server"), std::string::npos) << lines.front();
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -341,14 +344,6 @@ TEST_F(FaultTest, WhenTheServerGoesAwayItExitsWithinASecondWithOneLine) {
 
 class SettingsFaultTest : public FaultTest {
   protected:
-    void SetUp() override {
-        FaultTest::SetUp();
-        if (IsSkipped() || HasFatalFailure()) {
-            return;
-        }
-        startTrayHost();
-    }
-
     std::string settingsPath() const { return glimmerfold_->settingsFile().string(); }
 
     // The setup wizard, which a start without readable settings opens.

@@ -13,7 +13,9 @@ using namespace std::chrono_literals;
 // window's own edges at that moment are snap lines that hold it for anything less.
 constexpr int kNudgeStep = 12;
 constexpr int kNudges = 4;
-constexpr auto kNudgeWait = 300ms;
+// Each nudge waits twice as long as the one before, for a program slowed down by the sanitizers
+// or a busy machine.
+constexpr auto kFirstNudgeWait = 250ms;
 
 std::uint32_t secondKey(GestureKind kind) {
     return kind == GestureKind::move ? Keysym::superL : Keysym::altL;
@@ -45,7 +47,8 @@ std::optional<Point> GestureHands::nudgeUntilFollowed(GestureKind kind, WindowId
                                                       const Rect& before, int x, int y,
                                                       Point towards) {
     const DesktopProbe& probe = desktop_.probe();
-    for (int step = kNudgeStep; step <= kNudgeStep * kNudges; step += kNudgeStep) {
+    std::chrono::milliseconds wait = kFirstNudgeWait;
+    for (int step = kNudgeStep; step <= kNudgeStep * kNudges; step += kNudgeStep, wait *= 2) {
         const int nudgedX = x + static_cast<int>(towards.x) * step;
         const int nudgedY = y + static_cast<int>(towards.y) * step;
         desktop_.input().movePointerTo(nudgedX, nudgedY);
@@ -55,7 +58,7 @@ std::optional<Point> GestureHands::nudgeUntilFollowed(GestureKind kind, WindowId
                     now = probe.frameGeometry(window);
                     return now && followed(kind, before, *now);
                 },
-                kNudgeWait)) {
+                wait)) {
             // The frame moved (or grew) by as much as the pointer has since the gesture's start.
             const double dx =
                 kind == GestureKind::move ? now->x - before.x : now->width - before.width;

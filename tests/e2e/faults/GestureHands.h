@@ -42,7 +42,7 @@ class GestureHands {
     // starting gets its chance. Returns the pointer position the gesture measures from (for a
     // resize, from the bottom-right corner); nullopt when the frame never followed.
     std::optional<Point> begin(GestureKind kind, WindowId window, int x, int y,
-                               std::chrono::milliseconds timeout = std::chrono::seconds(5),
+                               std::chrono::milliseconds timeout = std::chrono::seconds(10),
                                Point towards = {1, 1});
     // Lets go of the keys, the gesture's own key first unless `controlFirst`.
     void release(bool controlFirst = false);

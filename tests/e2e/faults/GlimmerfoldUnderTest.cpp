@@ -43,6 +43,12 @@ GlimmerfoldUnderTest::GlimmerfoldUnderTest(X11Desktop& desktop)
     std::filesystem::create_directories(privateTmp_);
     ::chmod((home_ / "runtime").c_str(), 0700);
     ::chmod(privateTmp_.c_str(), 01777);
+    // Only read by a program built with the sanitizers (the dev preset): leaks inside system
+    // libraries are not reported, and undefined behaviour stops the program at once.
+    const std::filesystem::path suppressions(GLIMMERFOLD_LSAN_SUPPRESSIONS);
+    setEnvironment("LSAN_OPTIONS", "print_suppressions=0:suppressions=" + suppressions.string());
+    setEnvironment("UBSAN_OPTIONS", "print_stacktrace=1:halt_on_error=1");
+    keepVisible(suppressions.parent_path());
 }
 
 std::optional<std::string> GlimmerfoldUnderTest::sandboxUnavailable() {
@@ -115,6 +121,7 @@ std::unique_ptr<ChildProcess> GlimmerfoldUnderTest::launch(const std::string& ou
     options.environment.emplace_back("HOME", home_.string());
     options.environment.insert(options.environment.end(), environment_.begin(), environment_.end());
     options.outputFile = (desktop_.directory() / outputName).string();
+    outputNames_.push_back(outputName);
     std::string error;
     auto process = ChildProcess::start(options, &error);
     EXPECT_NE(process, nullptr) << error;
@@ -127,6 +134,20 @@ std::string GlimmerfoldUnderTest::output(const std::string& outputName) const {
 
 std::vector<std::string> GlimmerfoldUnderTest::outputLines(const std::string& outputName) const {
     return linesOf(output(outputName));
+}
+
+std::string GlimmerfoldUnderTest::sanitizerReports() const {
+    std::string reports;
+    for (const std::string& name : outputNames_) {
+        const std::string text = output(name);
+        for (const char* mark : {"Sanitizer", "runtime error:"}) {
+            if (text.find(mark) != std::string::npos) {
+                reports += name + ":\n" + text;
+                break;
+            }
+        }
+    }
+    return reports;
 }
 
 std::vector<std::string> GlimmerfoldUnderTest::logLines() const {

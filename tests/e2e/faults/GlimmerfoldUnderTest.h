@@ -44,6 +44,10 @@ class GlimmerfoldUnderTest {
     std::string output(const std::string& outputName = "glimmerfold.out") const;
     std::vector<std::string> outputLines(const std::string& outputName = "glimmerfold.out") const;
 
+    // What the sanitizers reported in the output of every launch so far (the dev preset builds the
+    // program with them); empty when nothing. Reports come when a program exits.
+    std::string sanitizerReports() const;
+
     std::vector<std::string> logLines() const;
     // Waits until the log reports `count` event taps created since it was started, which is when
     // a started program reacts to the keys.
@@ -56,6 +60,7 @@ class GlimmerfoldUnderTest {
     std::filesystem::path privateTmp_;
     std::vector<std::pair<std::string, std::string>> environment_;
     std::vector<std::filesystem::path> kept_;
+    std::vector<std::string> outputNames_;
 };
 
 // The file's whole contents; empty when it cannot be read.

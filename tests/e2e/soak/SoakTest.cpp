@@ -79,11 +79,6 @@ class SoakTest : public X11DesktopTest {
         tray_ = std::make_unique<TrayMenu>(desktop());
         std::string error;
         ASSERT_TRUE(tray_->startTrayHost(&error)) << error;
-        // Only read by a program built with the sanitizers.
-        glimmerfold_->setEnvironment("LSAN_OPTIONS", "suppressions=" GLIMMERFOLD_LSAN_SUPPRESSIONS);
-        glimmerfold_->keepVisible(
-            std::filesystem::path(GLIMMERFOLD_LSAN_SUPPRESSIONS).parent_path());
-        glimmerfold_->setEnvironment("UBSAN_OPTIONS", "print_stacktrace=1:halt_on_error=1");
         glimmerfold_->writeSettings(GlimmerfoldUnderTest::settingsWith(
             {"magneticsEnabled=true", "autoRaiseEnabled=true", "autoRaiseDelay=0.05"}));
     }
@@ -130,9 +125,9 @@ class SoakTest : public X11DesktopTest {
     }
 
     // A window and a point on it for the next gesture. Glimmerfold may read the pointer only after
-    // the first nudge (GestureHands), so that point must show the same window too. A resize takes
-    // hold inside the bottom-right corner and shrinks a large window or grows a small one; a move
-    // takes hold anywhere and heads for the middle of the screen.
+    // the first nudge or two (GestureHands), so those points must show the same window too. A
+    // resize takes hold inside the bottom-right corner and shrinks a large window or grows a small
+    // one; a move takes hold anywhere and heads for the middle of the screen.
     std::optional<Grab> chooseGrab(GestureKind kind) {
         constexpr int kNudge = 12;
         for (int attempt = 0; attempt < 50; ++attempt) {
@@ -149,13 +144,15 @@ class SoakTest : public X11DesktopTest {
                 grab.towards = {frame->midX() < kScreenWidth / 2.0 ? 1.0 : -1.0,
                                 frame->midY() < kScreenHeight / 2.0 ? 1.0 : -1.0};
             } else {
-                grab.x = static_cast<int>(frame->maxX()) - random(20, 35);
-                grab.y = static_cast<int>(frame->maxY()) - random(20, 35);
+                grab.x = static_cast<int>(frame->maxX()) - random(30, 45);
+                grab.y = static_cast<int>(frame->maxY()) - random(30, 45);
                 grab.towards = {frame->width > 260 ? -1.0 : 1.0, frame->height > 200 ? -1.0 : 1.0};
             }
-            const int nudgedX = grab.x + static_cast<int>(grab.towards.x) * kNudge;
-            const int nudgedY = grab.y + static_cast<int>(grab.towards.y) * kNudge;
-            if (windowAt(grab.x, grab.y) == window && windowAt(nudgedX, nudgedY) == window) {
+            auto showsWindow = [&](int nudge) {
+                return windowAt(grab.x + static_cast<int>(grab.towards.x) * nudge,
+                                grab.y + static_cast<int>(grab.towards.y) * nudge) == window;
+            };
+            if (showsWindow(0) && showsWindow(kNudge) && showsWindow(2 * kNudge)) {
                 return grab;
             }
         }
@@ -219,7 +216,7 @@ TEST_F(SoakTest, GesturesOverWindowsThatComeAndGo) {
         const int y = grab->y;
         const Point towards = grab->towards;
         const Rect start = *probe().frameGeometry(target);
-        ASSERT_TRUE(hands_->begin(kind, target, x, y, 5s, towards))
+        ASSERT_TRUE(hands_->begin(kind, target, x, y, 10s, towards))
             << (kind == GestureKind::move ? "a move" : "a resize") << " of " << target << " at "
             << start.x << "," << start.y << " " << start.width << "x" << start.height
             << " did not begin, grabbed at " << x << "," << y << " towards " << towards.x << ","
