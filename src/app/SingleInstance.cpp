@@ -50,7 +50,7 @@ SingleInstance::Claim SingleInstance::claim() {
     if (askRunningInstance()) {
         return Claim::handedOver;
     }
-    // Nobody answers on the socket: a crashed instance left it behind.
+    // Nobody listens on the socket: a crashed instance left it behind.
     QLocalServer::removeServer(serverName_);
     if (listen()) {
         return Claim::primary;
@@ -72,6 +72,10 @@ bool SingleInstance::listen() {
     return true;
 }
 
+// True when a process listens on the socket, answered or not: an instance takes its socket as
+// it starts but answers only from its event loop, which on a loaded machine can be seconds later.
+// Taking the socket from it then would leave two running; the request waits in its socket until
+// it reads it and shows Settings.
 bool SingleInstance::askRunningInstance() {
     QLocalSocket socket;
     socket.connectToServer(serverName_);
@@ -79,15 +83,11 @@ bool SingleInstance::askRunningInstance() {
         return false;
     }
     socket.write(showSettingsRequest);
-    if (!socket.waitForBytesWritten(answerTimeoutMs)) {
-        return false;
+    bool waiting = socket.waitForBytesWritten(answerTimeoutMs);
+    while (waiting && !socket.canReadLine()) {
+        waiting = socket.waitForReadyRead(answerTimeoutMs);
     }
-    while (!socket.canReadLine()) {
-        if (!socket.waitForReadyRead(answerTimeoutMs)) {
-            return false;
-        }
-    }
-    return socket.readLine() == acknowledgement;
+    return true;
 }
 
 void SingleInstance::answerConnections() {
