@@ -600,5 +600,35 @@ TEST_F(FaultTest, OfTwoLaunchesAtOnceExactlyOneKeepsRunning) {
     }
 }
 
+// The first launch takes its socket at once but answers only once it has started, which can
+// take long on a loaded machine: here it is held stopped in between. A second launch must not
+// take the socket from it, or two would run once it goes on.
+TEST_F(FaultTest, ALaunchNeverTakesOverFromAFirstThatIsStillStarting) {
+    const std::filesystem::path runtime = desktop().directory() / "home/runtime";
+    auto hasSocket = [&] {
+        for (const auto& entry : std::filesystem::directory_iterator(runtime)) {
+            if (entry.is_socket()) {
+                return true;
+            }
+        }
+        return false;
+    };
+    auto first = glimmerfold().launch("first.out");
+    ASSERT_TRUE(first && waitUntil(hasSocket, 10s)) << glimmerfold().output("first.out");
+    ASSERT_EQ(::kill(first->pid(), SIGSTOP), 0);
+
+    auto second = glimmerfold().launch("second.out");
+    ASSERT_NE(second, nullptr);
+    const std::optional<int> secondStatus = second->waitForExit(15s);
+    ::kill(first->pid(), SIGCONT);
+    EXPECT_TRUE(secondStatus.has_value()) << "the second launch runs beside the first\n"
+                                          << glimmerfold().output("second.out");
+    ASSERT_TRUE(glimmerfold().waitForEventTaps(1)) << glimmerfold().output("first.out");
+    TestClient& logo = desktop().startXlogo(40, 500, 200, 150);
+    expectGesturesWork(logo.window, "with the first instance");
+    EXPECT_TRUE(first->isRunning());
+    EXPECT_EQ(eventTapsLogged(), 1u) << "only one instance made an event tap";
+}
+
 }  // namespace
 }  // namespace gf::test
