@@ -103,13 +103,6 @@ std::unique_ptr<QSettings> openSettings(const QString& path) {
     return settings;
 }
 
-// A "[]" section header files its keys under a name that no read reaches, and QSettings moves
-// them into [General] when it next writes the file; they count as malformed lines, or a value
-// that was not used at start-up would take effect after the first unrelated change.
-bool isUnreachable(const QString& key) {
-    return key.startsWith(QLatin1Char('/'));
-}
-
 }  // namespace
 
 SettingsFile::SettingsFile(QString path) : path_(std::move(path)), settings_(openSettings(path_)) {
@@ -118,11 +111,21 @@ SettingsFile::SettingsFile(QString path) : path_(std::move(path)), settings_(ope
     const QStringList keys = settings_->allKeys();
     readFailed_ = settings_->status() == QSettings::AccessError;
     hasMalformedLines_ = settings_->status() == QSettings::FormatError ||
-                         std::any_of(keys.cbegin(), keys.cend(), isUnreachable);
+                         !std::all_of(keys.cbegin(), keys.cend(), isReachable);
     mustKeepFileAside_ = (readFailed_ || hasMalformedLines_) && QFileInfo(path_).isFile();
 }
 
 SettingsFile::~SettingsFile() = default;
+
+// A key parsed under a "[]" header ("/name") or written with a slash at its end ("name/") is
+// listed but never read: QSettings cleans the slashes out of the name on every lookup. Such lines
+// count as malformed, since a rewrite could move a value that was not used at start-up to where the
+// next start reads it; and they are not carried into a new file, where setting them would land on
+// the cleaned-up name and overwrite that preference.
+bool SettingsFile::isReachable(const QString& key) {
+    const QChar slash = QLatin1Char('/');
+    return !key.startsWith(slash) && !key.endsWith(slash) && !key.contains(QStringLiteral("//"));
+}
 
 bool SettingsFile::contains(const QString& key) const {
     return !readFailed_ && settings_->contains(key);
@@ -215,7 +218,7 @@ void SettingsFile::carryOverParsedValues() {
     }
     const QStringList keys = settings_->allKeys();
     for (const QString& key : keys) {
-        if (!isUnreachable(key) && !unsaved_.contains(key)) {
+        if (isReachable(key) && !unsaved_.contains(key)) {
             unsaved_.insert(key, settings_->value(key));
         }
     }

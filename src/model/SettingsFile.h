@@ -50,6 +50,7 @@ class SettingsFile {
     void write(const QString& key, const QVariant& value);
 
   private:
+    static bool isReachable(const QString& key);
     bool keepUnreadableFileAside();
     void carryOverParsedValues();
     void reopen();
