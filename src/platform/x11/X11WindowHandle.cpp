@@ -79,35 +79,65 @@ std::optional<bool> X11WindowHandle::isSizeSettable() {
 
 X11WindowHandle::~X11WindowHandle() {
     if (pendingRead_) {
-        xcb_discard_reply(connection_.get(), pendingRead_->geometry.sequence);
-        xcb_discard_reply(connection_.get(), pendingRead_->extents.sequence);
+        xcb_connection_t* c = connection_.get();
+        xcb_discard_reply(c, pendingRead_->geometry.sequence);
+        xcb_discard_reply(c, pendingRead_->origin.sequence);
+        xcb_discard_reply(c, pendingRead_->frameGeometry.sequence);
+        xcb_discard_reply(c, pendingRead_->extents.sequence);
     }
 }
 
-X11WindowHandle::PlacementCookies X11WindowHandle::requestPlacement() const {
-    return {xcb_get_geometry(connection_.get(), client_), inspector_.requestFrameExtents(client_)};
+std::optional<X11WindowHandle::PlacementCookies> X11WindowHandle::requestPlacement() {
+    if (!frameWindow_) {
+        frameWindow_ = inspector_.frameWindowOf(client_);
+        if (!frameWindow_) {
+            return std::nullopt;  // the window vanished
+        }
+    }
+    xcb_connection_t* c = connection_.get();
+    return PlacementCookies{xcb_get_geometry(c, client_),
+                            xcb_translate_coordinates(c, client_, connection_.root(), 0, 0),
+                            xcb_get_geometry(c, *frameWindow_),
+                            inspector_.requestFrameExtents(client_)};
 }
 
 std::optional<X11WindowHandle::Placement> X11WindowHandle::collectPlacement(
-    const PlacementCookies& cookies) const {
-    auto geometry = xcbReply(connection_.get(), xcb_get_geometry_reply, cookies.geometry);
-    return placementFrom(geometry.get(), inspector_.collectFrameExtents(cookies.extents));
-}
-
-std::optional<X11WindowHandle::Placement> X11WindowHandle::placementFrom(
-    const xcb_get_geometry_reply_t* geometry, std::optional<FrameExtents> extents) const {
+    const PlacementCookies& cookies, const xcb_get_property_reply_t* extents) {
+    xcb_connection_t* c = connection_.get();
+    auto geometry = xcbReply(c, xcb_get_geometry_reply, cookies.geometry);
+    auto origin = xcbReply(c, xcb_translate_coordinates_reply, cookies.origin);
+    auto frameGeometry = xcbReply(c, xcb_get_geometry_reply, cookies.frameGeometry);
     // Nobody reads this connection's events; errors of requests sent without
     // a check would otherwise pile up in its queue.
     connection_.discardQueuedEvents();
-    if (geometry == nullptr || !extents) {
-        return std::nullopt;  // the window vanished
+    const std::optional<FrameExtents> frameExtents = inspector_.frameExtentsFrom(extents);
+    if (!geometry || !origin || !frameGeometry || !frameExtents) {
+        // The window vanished, or the window manager framed it anew: the next
+        // read looks for its frame again.
+        frameWindow_.reset();
+        return std::nullopt;
     }
     // Without a window manager nothing frames the window; the extents a dead one set stay behind
     // on the client and would shift every write by its decorations.
-    return Placement{
-        {Size{static_cast<double>(geometry->width), static_cast<double>(geometry->height)},
-         static_cast<double>(geometry->border_width)},
-        managedByEwmh_ ? *extents : FrameExtents{}};
+    const FrameExtents decorations = managedByEwmh_ ? *frameExtents : FrameExtents{};
+    const double border = geometry->border_width;
+    Size client{static_cast<double>(geometry->width), static_cast<double>(geometry->height)};
+    if (*frameWindow_ != client_) {
+        // The window manager may have resized the frame and not yet the client
+        // inside: the size the frame shows is the one a position request keeps.
+        const Rect decorated{origin->dst_x - border - decorations.left,
+                             origin->dst_y - border - decorations.top,
+                             client.width + 2 * border + decorations.left + decorations.right,
+                             client.height + 2 * border + decorations.top + decorations.bottom};
+        const double frameBorder = frameGeometry->border_width;
+        const Rect frame{
+            static_cast<double>(frameGeometry->x), static_cast<double>(frameGeometry->y),
+            frameGeometry->width + 2 * frameBorder, frameGeometry->height + 2 * frameBorder};
+        const Rect visible = X11WindowInspector::visibleFrame(frame, decorated);
+        client = {visible.width - decorations.left - decorations.right - 2 * border,
+                  visible.height - decorations.top - decorations.bottom - 2 * border};
+    }
+    return Placement{{client, border}, decorations};
 }
 
 // A drag writes 125 times a second, and a write that waited for a read
@@ -119,7 +149,7 @@ std::optional<X11WindowHandle::Placement> X11WindowHandle::placementFrom(
 std::optional<X11WindowHandle::Placement> X11WindowHandle::placementForWrite() {
     std::lock_guard lock(readMutex_);
     if (pendingRead_) {
-        // The extents were asked last: once they are here, so is the geometry.
+        // The extents were asked last: once they are here, so is the rest.
         void* extentsReply = nullptr;
         xcb_generic_error_t* extentsError = nullptr;
         const bool arrived = xcb_poll_for_reply(connection_.get(), pendingRead_->extents.sequence,
@@ -128,11 +158,9 @@ std::optional<X11WindowHandle::Placement> X11WindowHandle::placementForWrite() {
             static_cast<xcb_get_property_reply_t*>(extentsReply));
         XcbPointer<xcb_generic_error_t> dropped(extentsError);
         if (arrived) {
-            auto geometry =
-                xcbReply(connection_.get(), xcb_get_geometry_reply, pendingRead_->geometry);
+            const PlacementCookies cookies = *pendingRead_;
             pendingRead_.reset();
-            knownPlacement_ =
-                placementFrom(geometry.get(), inspector_.frameExtentsFrom(extents.get()));
+            knownPlacement_ = collectPlacement(cookies, extents.get());
             if (!knownPlacement_) {
                 return std::nullopt;
             }
@@ -140,7 +168,12 @@ std::optional<X11WindowHandle::Placement> X11WindowHandle::placementForWrite() {
         // Not yet arrived: asked by the write just before (a resize writes
         // position and size in a row), whose placement serves this one too.
     } else if (!knownPlacement_) {
-        knownPlacement_ = collectPlacement(requestPlacement());
+        const std::optional<PlacementCookies> cookies = requestPlacement();
+        if (!cookies) {
+            return std::nullopt;
+        }
+        auto extents = xcbReply(connection_.get(), xcb_get_property_reply, cookies->extents);
+        knownPlacement_ = collectPlacement(*cookies, extents.get());
         if (!knownPlacement_) {
             return std::nullopt;
         }

@@ -54,12 +54,16 @@ class X11WindowHandle final : public WindowHandle {
     };
     struct PlacementCookies {
         xcb_get_geometry_cookie_t geometry;
-        xcb_get_property_cookie_t extents;
+        xcb_translate_coordinates_cookie_t origin;
+        xcb_get_geometry_cookie_t frameGeometry;
+        xcb_get_property_cookie_t extents;  // asked last
     };
-    PlacementCookies requestPlacement() const;
-    std::optional<Placement> collectPlacement(const PlacementCookies& cookies) const;
-    std::optional<Placement> placementFrom(const xcb_get_geometry_reply_t* geometry,
-                                           std::optional<FrameExtents> extents) const;
+    // Asks for the placement; finds the frame window first when it is not known.
+    std::optional<PlacementCookies> requestPlacement();
+    // The placement from the replies; the extents come already received, or
+    // null when they were answered with an error.
+    std::optional<Placement> collectPlacement(const PlacementCookies& cookies,
+                                              const xcb_get_property_reply_t* extents);
     // What a write needs to know; waits for the server only on the first write.
     std::optional<Placement> placementForWrite();
     // Asks for the placement the next write will use, and sends what is queued.
@@ -83,6 +87,8 @@ class X11WindowHandle final : public WindowHandle {
     std::mutex readMutex_;
     std::optional<Placement> knownPlacement_;
     std::optional<PlacementCookies> pendingRead_;
+    // The window manager's frame holding the client, or the client itself.
+    std::optional<xcb_window_t> frameWindow_;
 };
 
 }  // namespace gf

@@ -42,25 +42,36 @@ Rect outerGeometry(const xcb_get_geometry_reply_t& geometry) {
             geometry.width + 2 * border, geometry.height + 2 * border};
 }
 
-// The frame as the window manager describes it: the client's area grown by
-// the decoration sizes. Without decorations, the top-level window's own outer
-// rectangle.
+// The client's area grown by its decorations and its own X border, in root
+// coordinates.
+Rect decoratedClient(const std::vector<std::uint32_t>& extents,
+                     const xcb_translate_coordinates_reply_t& clientOrigin,
+                     const xcb_get_geometry_reply_t& clientGeometry) {
+    const double border = clientGeometry.border_width;
+    const double left = extents[0], right = extents[1], top = extents[2], bottom = extents[3];
+    return {clientOrigin.dst_x - border - left, clientOrigin.dst_y - border - top,
+            clientGeometry.width + 2 * border + left + right,
+            clientGeometry.height + 2 * border + top + bottom};
+}
+
+// The frame as the window manager describes it; without decorations, the
+// top-level window's own outer rectangle.
 std::optional<Rect> frameRectangle(const xcb_get_property_reply_t* extents,
                                    const xcb_translate_coordinates_reply_t* clientOrigin,
                                    const xcb_get_geometry_reply_t* clientGeometry,
                                    const xcb_get_geometry_reply_t* frameGeometry) {
     const std::vector<std::uint32_t> sizes = values32(extents);
-    if (sizes.size() >= 4 && clientOrigin != nullptr && clientGeometry != nullptr) {
-        const double border = clientGeometry->border_width;
-        const double left = sizes[0], right = sizes[1], top = sizes[2], bottom = sizes[3];
-        return Rect{clientOrigin->dst_x - border - left, clientOrigin->dst_y - border - top,
-                    clientGeometry->width + 2 * border + left + right,
-                    clientGeometry->height + 2 * border + top + bottom};
+    if (sizes.size() < 4 || clientOrigin == nullptr || clientGeometry == nullptr) {
+        if (frameGeometry != nullptr) {
+            return outerGeometry(*frameGeometry);
+        }
+        return std::nullopt;
     }
-    if (frameGeometry != nullptr) {
-        return outerGeometry(*frameGeometry);
+    const Rect decorated = decoratedClient(sizes, *clientOrigin, *clientGeometry);
+    if (frameGeometry == nullptr) {
+        return decorated;
     }
-    return std::nullopt;
+    return X11WindowInspector::visibleFrame(outerGeometry(*frameGeometry), decorated);
 }
 
 bool contains(const std::vector<xcb_atom_t>& atoms, xcb_atom_t atom) {
@@ -575,28 +586,14 @@ std::optional<FrameExtents> X11WindowInspector::frameExtentsFrom(
                         static_cast<int>(sizes[2]), static_cast<int>(sizes[3])};
 }
 
-std::optional<Rect> X11WindowInspector::outerFrame(xcb_window_t client) const {
+Rect X11WindowInspector::visibleFrame(Rect frameWindow, Rect decoratedClient) {
+    const bool decorationsStartAtTheCorner =
+        decoratedClient.x == frameWindow.x && decoratedClient.y == frameWindow.y;
+    return decorationsStartAtTheCorner ? frameWindow : decoratedClient;
+}
+
+std::optional<xcb_window_t> X11WindowInspector::frameWindowOf(xcb_window_t client) const {
     xcb_connection_t* c = connection_.get();
-    auto extentsCookie =
-        requestProperty(c, client, connection_.atoms().netFrameExtents, XCB_ATOM_CARDINAL, 4);
-    auto originCookie = xcb_translate_coordinates(c, client, connection_.root(), 0, 0);
-    auto geometryCookie = xcb_get_geometry(c, client);
-    auto treeCookie = xcb_query_tree(c, client);
-    auto extents = xcbReply(c, xcb_get_property_reply, extentsCookie);
-    auto origin = xcbReply(c, xcb_translate_coordinates_reply, originCookie);
-    auto geometry = xcbReply(c, xcb_get_geometry_reply, geometryCookie);
-    auto tree = xcbReply(c, xcb_query_tree_reply, treeCookie);
-    if (!extents || !origin || !geometry || !tree) {
-        return std::nullopt;  // the window vanished
-    }
-    // Decorations belong to a frame; a client that is the root's child has none, whatever
-    // _NET_FRAME_EXTENTS says: a window manager that died leaves the property behind.
-    const bool framed = tree->parent != connection_.root() && tree->parent != XCB_WINDOW_NONE;
-    if (framed && values32(extents.get()).size() >= 4) {
-        return frameRectangle(extents.get(), origin.get(), geometry.get(), nullptr);
-    }
-    // No decorations described: the frame is the root's child holding the
-    // client, or the client itself.
     xcb_window_t window = client;
     for (int depth = 0; depth <= kMaxReparentingDepth; ++depth) {
         auto tree = xcbReply(c, xcb_query_tree_reply, xcb_query_tree(c, window));
@@ -608,11 +605,32 @@ std::optional<Rect> X11WindowInspector::outerFrame(xcb_window_t client) const {
         }
         window = tree->parent;
     }
-    auto frameGeometry = xcbReply(c, xcb_get_geometry_reply, xcb_get_geometry(c, window));
-    if (!frameGeometry) {
-        return std::nullopt;
+    return window;
+}
+
+std::optional<Rect> X11WindowInspector::outerFrame(xcb_window_t client) const {
+    xcb_connection_t* c = connection_.get();
+    const std::optional<xcb_window_t> frame = frameWindowOf(client);
+    if (!frame) {
+        return std::nullopt;  // the window vanished
     }
-    return outerGeometry(*frameGeometry);
+    auto extentsCookie =
+        requestProperty(c, client, connection_.atoms().netFrameExtents, XCB_ATOM_CARDINAL, 4);
+    auto originCookie = xcb_translate_coordinates(c, client, connection_.root(), 0, 0);
+    auto geometryCookie = xcb_get_geometry(c, client);
+    auto frameGeometryCookie = xcb_get_geometry(c, *frame);
+    auto extents = xcbReply(c, xcb_get_property_reply, extentsCookie);
+    auto origin = xcbReply(c, xcb_translate_coordinates_reply, originCookie);
+    auto geometry = xcbReply(c, xcb_get_geometry_reply, geometryCookie);
+    auto frameGeometry = xcbReply(c, xcb_get_geometry_reply, frameGeometryCookie);
+    if (!extents || !origin || !geometry || !frameGeometry) {
+        return std::nullopt;  // the window vanished
+    }
+    // Decorations belong to a frame; a client that is the root's child has none, whatever
+    // _NET_FRAME_EXTENTS says: a window manager that died leaves the property behind.
+    const bool framed = *frame != client;
+    return frameRectangle(framed ? extents.get() : nullptr, origin.get(), geometry.get(),
+                          frameGeometry.get());
 }
 
 std::optional<std::vector<xcb_window_t>> X11WindowInspector::clientList() const {

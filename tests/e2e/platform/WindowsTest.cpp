@@ -2,8 +2,10 @@
 // outer frames and the stacking order as the X server reports them.
 #include <gtest/gtest.h>
 #include <unistd.h>
+#include <xcb/xcb.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <thread>
 
@@ -244,6 +246,48 @@ TEST_F(WithoutWindowManagerTest, WindowsAreMovedResizedAndRaisedDirectly) {
     EXPECT_TRUE(probe().isAbove(back.window, front.window));
     ASSERT_TRUE(handle->makeMain());
     EXPECT_EQ(probe().focusedClient(), back.window);
+}
+
+// A window manager moves and resizes its frame first and the client inside a moment later. A
+// read in between must give the frame the user sees, not the client's old size around it.
+TEST_F(WithoutWindowManagerTest, AFrameResizedBeforeItsClientIsReadAsTheFrameShowsIt) {
+    xcb_connection_t* c = desktop().connection();
+    TestWindowOptions options;
+    options.x = 601;
+    options.y = 370;
+    options.width = 300;
+    options.height = 200;
+    const WindowId client = desktop().createWindow(options);
+    // Frame it as openbox would: a border of 1, a title bar of 19 and a bottom handle of 5.
+    const xcb_window_t frame = xcb_generate_id(c);
+    xcb_create_window(c, XCB_COPY_FROM_PARENT, frame, desktop().root(), 600, 350, 302, 225, 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+    xcb_reparent_window(c, client, frame, 1, 20);
+    const std::array<std::uint32_t, 4> extents{1, 1, 20, 5};
+    xcb_change_property(c, XCB_PROP_MODE_REPLACE, client, probe().atom("_NET_FRAME_EXTENTS"),
+                        XCB_ATOM_CARDINAL, 32, extents.size(), extents.data());
+    const std::array<std::uint32_t, 2> normalState{1, XCB_WINDOW_NONE};
+    xcb_change_property(c, XCB_PROP_MODE_REPLACE, client, probe().atom("WM_STATE"),
+                        probe().atom("WM_STATE"), 32, normalState.size(), normalState.data());
+    xcb_map_window(c, frame);
+    xcb_map_window(c, client);
+    const std::array<std::uint32_t, 2> shrunk{50, 50};
+    xcb_configure_window(c, frame, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
+                         shrunk.data());
+    ASSERT_TRUE(frameBecomes(client, {600, 350, 50, 50}));
+
+    std::shared_ptr<WindowHandle> handle;
+    for (const auto& candidate : platform_->windowControl().windowsOfProcess(getpid()).value_or(
+             std::vector<std::shared_ptr<WindowHandle>>{})) {
+        if (candidate->windowNumber() == client) {
+            handle = candidate;
+        }
+    }
+    ASSERT_NE(handle, nullptr);
+    EXPECT_EQ(handle->position(), (Point{600, 350}));
+    EXPECT_EQ(handle->size(), (Size{50, 50}));
+    ASSERT_TRUE(listed(client).has_value());
+    EXPECT_EQ(listed(client)->bounds, (Rect{600, 350, 50, 50}));
 }
 
 }  // namespace
