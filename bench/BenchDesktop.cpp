@@ -276,22 +276,15 @@ BenchWindow BenchDesktop::startXlogo(int x, int y, int width, int height) {
 bool BenchDesktop::placeWindow(const BenchWindow& window, int x, int y, int clientWidth,
                                int clientHeight) {
     const std::optional<Rect> before = probe_->frameGeometry(window.client);
-    const std::optional<Rect> clientBefore = [&]() -> std::optional<Rect> {
-        auto geometry = xcbReply(connection_.get(), xcb_get_geometry_reply,
-                                 xcb_get_geometry(connection_.get(), window.client));
-        if (!geometry) {
-            return std::nullopt;
-        }
-        return Rect{0, 0, static_cast<double>(geometry->width),
-                    static_cast<double>(geometry->height)};
-    }();
-    if (!before || !clientBefore) {
+    const std::vector<std::uint32_t> extents = probe_->frameExtents(window.client);
+    if (!before || extents.size() != 4) {
         return false;
     }
-    // The frame grows with the client by the decorations around it.
+    // The frame is the client with the decorations around it. The client's own size may still
+    // be on its way from a previous placement, as the window manager resizes the frame first.
     const Rect expected{static_cast<double>(x), static_cast<double>(y),
-                        before->width - clientBefore->width + clientWidth,
-                        before->height - clientBefore->height + clientHeight};
+                        static_cast<double>(clientWidth + extents[0] + extents[1]),
+                        static_cast<double>(clientHeight + extents[2] + extents[3])};
     if (*before == expected) {
         return true;
     }

@@ -205,7 +205,11 @@ bool DesktopProbe::isManaged(WindowId client) const {
     if (check.empty()) {
         return true;  // no window manager that decorates
     }
-    return cardinals(connection_, client, atom("_NET_FRAME_EXTENTS"), 4).size() == 4;
+    return frameExtents(client).size() == 4;
+}
+
+std::vector<std::uint32_t> DesktopProbe::frameExtents(WindowId client) const {
+    return cardinals(connection_, client, atom("_NET_FRAME_EXTENTS"), 4);
 }
 
 std::optional<std::int32_t> DesktopProbe::pidOf(WindowId client) const {

@@ -45,6 +45,9 @@ class DesktopProbe {
     // windows, _NET_FRAME_EXTENTS).
     bool isManaged(WindowId client) const;
     bool hasWmState(WindowId window) const;
+    // The decorations around a client (_NET_FRAME_EXTENTS: left, right, top,
+    // bottom); empty when it has none.
+    std::vector<std::uint32_t> frameExtents(WindowId client) const;
 
     std::optional<std::int32_t> pidOf(WindowId client) const;
     std::optional<std::string> classOf(WindowId client) const;
