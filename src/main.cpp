@@ -20,9 +20,15 @@ bool hasXDisplay() {
 
 // Glimmerfold's windows must be X11 windows even where the toolkit would
 // prefer another window system, since the X server is what it works with.
-void useTheX11Backend() {
+void configureTheX11Backend() {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "xcb");
+    }
+    // Its few small windows gain nothing from shared-memory images, and a paint
+    // that races the server's end would add the toolkit's complaint about a
+    // failed segment to the one line that says the server went away.
+    if (!qEnvironmentVariableIsSet("QT_XCB_NO_MITSHM")) {
+        qputenv("QT_XCB_NO_MITSHM", "1");
     }
 }
 
@@ -58,7 +64,7 @@ int main(int argc, char* argv[]) {
                      "private X server, run `make demo` (scripts/demo).\n";
         return 1;
     }
-    useTheX11Backend();
+    configureTheX11Backend();
 
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Glimmerfold"));
