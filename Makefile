@@ -24,10 +24,8 @@ run: build
 demo: configure
 	@./scripts/demo
 
-# The random-gesture soak is left to `make soak` until it is steady under a
-# loaded 2-core machine: one seed in a few hundred loses a resize's start.
 test: build test-tsan
-	@ctest --test-dir build -j $(CTEST_JOBS) --output-on-failure -LE soak
+	@ctest --test-dir build -j $(CTEST_JOBS) --output-on-failure
 
 # The engine's concurrency stress test, built and run under ThreadSanitizer.
 test-tsan: deps
