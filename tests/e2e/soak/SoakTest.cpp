@@ -252,9 +252,14 @@ TEST_F(SoakTest, GesturesOverWindowsThatComeAndGo) {
             processEventsFor(kAfterReleaseWatch);
             const std::optional<Rect> after = probe().frameGeometry(target);
             ASSERT_EQ(after, beforeRelease) << "the gesture went on after its keys were let go";
-            // Bring a frame that wandered off the arena back, so later gestures have room.
-            if (!kArena.contains(after->origin()) || after->maxX() > kArena.maxX() ||
-                after->maxY() > kArena.maxY() || after->width > 360 || after->height > 280) {
+            // A frame that wandered off the arena, or grew or shrank out of the sizes a gesture
+            // can take hold of both ways (a resize that shrinks a window already at its smallest
+            // shows nothing), is replaced, so later gestures have room.
+            const bool offArena = !kArena.contains(after->origin()) ||
+                                  after->maxX() > kArena.maxX() || after->maxY() > kArena.maxY();
+            const bool offSize = after->width > 360 || after->height > 280 || after->width < 120 ||
+                                 after->height < 100;
+            if (offArena || offSize) {
                 destroyWindow(target, figures);
                 createWindow(figures);
             }
