@@ -115,12 +115,6 @@ void DragSession::end() {
     isResizing_ = false;
 }
 
-void DragSession::setLatestMouse(Point p) {
-    if (followingPointer_.load()) {
-        latestMouse_.store(p);
-    }
-}
-
 void DragSession::start(std::shared_ptr<Gesture> gesture, Point mouse) {
     gesture->number = ++gesturesBegun_;
     gesture->samplesPointer = platform_.input.canSamplePointer();

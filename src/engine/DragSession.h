@@ -50,9 +50,8 @@ class DragSession {
     // Whether the gesture in progress reads the pointer on its ticks, so that
     // pointer-moved events are not needed for it.
     bool samplesPointer() const { return (isDragging_ || isResizing_) && samplesPointer_; }
-    // Ignored while the session is not following the pointer.
-    void setLatestMouse(Point p);
-    // Whether positions are taken in, from ticks or setLatestMouse (on by
+    void setLatestMouse(Point p) { latestMouse_.store(p); }
+    // Whether ticks that read the pointer themselves keep doing so (on by
     // default). While off, the window stays where the last position put it
     // and the gesture goes on until it is ended. May be called from any thread.
     void setFollowingPointer(bool following) { followingPointer_.store(following); }

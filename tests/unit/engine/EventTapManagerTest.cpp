@@ -252,15 +252,6 @@ TEST_P(EventTapPointerSourceTest, MovesWithThePointerUntilTheKeysAreReleased) {
     desktop.movePointer({400, 400});
     desktop.advance(1s);
     EXPECT_EQ(desktop.frameOf(window), (Rect{150, 130, 400, 300}));
-
-    // A resize follows the same way.
-    desktop.movePointer({530, 410});
-    desktop.pressModifiers(kResize);
-    EXPECT_EQ(desktop.isPointerMotionWanted(), !sampled);
-    desktop.movePointer({560, 450});
-    desktop.advance(20ms);
-    EXPECT_EQ(desktop.frameOf(window), (Rect{150, 130, 430, 340}));
-    desktop.pressModifiers(0);
 }
 
 TEST_P(EventTapPointerSourceTest, SwitchingOffMidGestureFreezesTheWindowAndTheWatchStillEndsIt) {
