@@ -16,7 +16,7 @@ namespace gf {
 // Every callback runs on the main thread, and every call is made from it
 // except samplePointerPosition().
 class InputService {
-  public:
+public:
     using EventCallback = std::function<void(const InputEvent&)>;
     using PointerMovedCallback = std::function<void(std::uint64_t modifierFlags)>;
 
