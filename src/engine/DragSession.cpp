@@ -117,6 +117,8 @@ void DragSession::end() {
 
 void DragSession::start(std::shared_ptr<Gesture> gesture, Point mouse) {
     gesture->number = ++gesturesBegun_;
+    gesture->samplesPointer = platform_.input.canSamplePointer();
+    samplesPointer_ = gesture->samplesPointer;
     {
         // Published together with the starting pointer position, so that no
         // tick pairs this gesture with the previous gesture's pointer.
@@ -139,20 +141,18 @@ void DragSession::stopUpdateTimer() {
 
 void DragSession::applyLatestMouse() {
     std::shared_ptr<const Gesture> gesture;
-    Point mouse;
     {
-        // Both under the session's lock: a tick that races with end() and a
-        // new begin applies one gesture's pointer to that gesture's window only.
         std::lock_guard lock(gestureMutex_);
-        if (!gesture_) {
-            return;
-        }
         gesture = gesture_;
-        mouse = latestMouse_.load();
     }
-    if (!gesture->window) {
+    if (!gesture || !gesture->window) {
         return;
     }
+    const std::optional<Point> pointer = pointerForTick(gesture);
+    if (!pointer) {
+        return;
+    }
+    const Point mouse = *pointer;
     const double dx = mouse.x - gesture->initialMousePosition.x;
     const double dy = mouse.y - gesture->initialMousePosition.y;
     if (dx == 0 && dy == 0) {
@@ -176,6 +176,32 @@ void DragSession::applyLatestMouse() {
         resizedFrame(gesture->corner, gesture->initialWindowFrame, dx, dy, gesture->screenBounds);
     window.setPosition(frame.origin());
     window.setSize(frame.size());
+}
+
+// The position this tick applies to the gesture's window; nullopt when the
+// tick has nothing to do and the next one tries again.
+std::optional<Point> DragSession::pointerForTick(const std::shared_ptr<const Gesture>& gesture) {
+    std::optional<Point> sampled;
+    if (gesture->samplesPointer && followingPointer_.load()) {
+        // Read outside the lock: end() and begin on the main thread never
+        // wait for this round trip.
+        sampled = platform_.input.samplePointerPosition();
+        if (!sampled) {
+            return std::nullopt;
+        }
+    }
+    // The pointer is taken under the session's lock and only if the gesture
+    // is still the published one: a tick that races with end() and a new
+    // begin applies one gesture's pointer to that gesture's window only.
+    std::lock_guard lock(gestureMutex_);
+    if (gesture_ != gesture) {
+        return std::nullopt;
+    }
+    if (sampled) {
+        latestMouse_.store(*sampled);
+        return sampled;
+    }
+    return latestMouse_.load();
 }
 
 void DragSession::applyFirstMovementSetup(const Gesture& gesture) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -21,7 +22,9 @@ class Settings;
 // The one move or resize gesture that can be in progress. Begin and end run on
 // the main thread; an 8 ms tick on the session's own serial queue applies the
 // latest pointer position to the window, so no window call ever runs on the
-// thread that receives input.
+// thread that receives input. Where the platform can sample the pointer, the
+// tick reads the position itself, so pointer motion need not wake the main
+// thread at all during a gesture.
 class DragSession {
   public:
     static constexpr double minimumResizeDimension = 50.0;
@@ -44,7 +47,14 @@ class DragSession {
 
     bool isDragging() const { return isDragging_; }
     bool isResizing() const { return isResizing_; }
+    // Whether the gesture in progress reads the pointer on its ticks, so that
+    // pointer-moved events are not needed for it.
+    bool samplesPointer() const { return (isDragging_ || isResizing_) && samplesPointer_; }
     void setLatestMouse(Point p) { latestMouse_.store(p); }
+    // Whether ticks that read the pointer themselves keep doing so (on by
+    // default). While off, the window stays where the last position put it
+    // and the gesture goes on until it is ended. May be called from any thread.
+    void setFollowingPointer(bool following) { followingPointer_.store(following); }
     ResizeCorner corner() const { return corner_; }
 
     // The frame for a corner dragged by (dx, dy): at least the minimum size, at
@@ -73,11 +83,13 @@ class DragSession {
         ResizeCorner corner = ResizeCorner::bottomRight;
         Rect screenBounds;
         bool bringToFront = false;
+        bool samplesPointer = false;
     };
 
     void start(std::shared_ptr<Gesture> gesture, Point mouse);
     void stopUpdateTimer();
     void applyLatestMouse();
+    std::optional<Point> pointerForTick(const std::shared_ptr<const Gesture>& gesture);
     void applyFirstMovementSetup(const Gesture& gesture);
     void cleanUpAfterGesture(std::int32_t pid);
     bool disableEnhancedUserInterface(std::int32_t pid);
@@ -85,6 +97,7 @@ class DragSession {
     Settings& settings_;
     Platform platform_;
     LatestMouse latestMouse_;
+    std::atomic<bool> followingPointer_{true};
 
     // Guards the published gesture; taken before latestMouse_'s own lock when both are needed.
     mutable std::mutex gestureMutex_;
@@ -98,6 +111,7 @@ class DragSession {
     std::uint64_t gesturesBegun_ = 0;
     bool isDragging_ = false;
     bool isResizing_ = false;
+    bool samplesPointer_ = false;
     ResizeCorner corner_ = ResizeCorner::bottomRight;
 
     // Last, so that they go first: the timer is cancelled, then the queue runs

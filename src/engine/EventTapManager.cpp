@@ -41,9 +41,17 @@ bool isCombinationHeld(const ModifierKeySet& keys, std::uint64_t flags) {
 EventTapManager::EventTapManager(Settings& settings, Platform& platform)
     : settings_(settings),
       platform_(platform),
-      dragSession_(std::make_unique<DragSession>(settings, platform_)) {}
+      dragSession_(std::make_unique<DragSession>(settings, platform_)) {
+    // Switching off stops the window following the pointer at once, also when
+    // the ticks read the pointer themselves rather than through this manager.
+    dragSession_->setFollowingPointer(settings_.isEnabled());
+    enabledChanged_ =
+        QObject::connect(&settings_, &Settings::isEnabledChanged,
+                         [this](bool enabled) { dragSession_->setFollowingPointer(enabled); });
+}
 
 EventTapManager::~EventTapManager() {
+    QObject::disconnect(enabledChanged_);
     stop();
 }
 
@@ -157,8 +165,9 @@ void EventTapManager::beginGesture(bool resize) {
     } else {
         dragSession_->beginMove(located->windowHandle, located->pid, mouse);
     }
-    // Pointer motion wakes us up only while a gesture needs it.
-    if (isGestureInProgress() && eventTap_) {
+    // Pointer motion wakes us up only while a gesture needs it, and not at
+    // all when the gesture's ticks read the pointer themselves.
+    if (isGestureInProgress() && !dragSession_->samplesPointer() && eventTap_) {
         eventTap_->setPointerMotionWanted(true);
     }
     startModifierWatchTimer();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QMetaObject>
+
 #include <chrono>
 #include <cstdint>
 #include <memory>
@@ -65,6 +67,7 @@ class EventTapManager {
     std::unique_ptr<EventTap> eventTap_;
     std::unique_ptr<Timer> healthCheckTimer_;
     std::unique_ptr<Timer> modifierWatchTimer_;
+    QMetaObject::Connection enabledChanged_;
 };
 
 }  // namespace gf

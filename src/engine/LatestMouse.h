@@ -7,8 +7,9 @@
 namespace gf {
 
 // The latest pointer position, written by the input callback on the main
-// thread and read by the drag session's tick. The lock is held only to copy
-// two doubles, so neither side ever waits on the other's work.
+// thread or by the drag session's tick when it reads the pointer itself, and
+// read by the tick. The lock is held only to copy two doubles, so neither
+// side ever waits on the other's work.
 class LatestMouse {
   public:
     void store(Point p) {

@@ -13,7 +13,8 @@
 namespace gf {
 
 // Observes the user's keyboard modifiers and pointer for the whole desktop.
-// Every callback runs on the main thread.
+// Every callback runs on the main thread, and every call is made from it
+// except samplePointerPosition().
 class InputService {
 public:
     using EventCallback = std::function<void(const InputEvent&)>;
@@ -29,6 +30,16 @@ public:
 
     // The pointer's position now; nullopt when it cannot be read.
     virtual std::optional<Point> currentPointerPosition() = 0;
+
+    // Whether samplePointerPosition() can read the pointer. Without it the
+    // pointer's position during a gesture is known only from pointer-moved events.
+    virtual bool canSamplePointer() const { return false; }
+
+    // The pointer's position now. Unlike every other call here it may be made
+    // from any thread, concurrently with the main thread's calls, so that a
+    // background tick can read the pointer without waking the main thread.
+    // nullopt when it cannot be read.
+    virtual std::optional<Point> samplePointerPosition() { return std::nullopt; }
 
     // The modifier bits held now (ModifierFlag); 0 when they cannot be read.
     virtual std::uint64_t currentModifierFlags() = 0;

@@ -31,7 +31,9 @@ struct InputEventMask {
 
 }  // namespace
 
-X11InputService::X11InputService(const XcbConnection& connection) : connection_(connection) {
+X11InputService::X11InputService(const XcbConnection& connection,
+                                 const XcbConnection* samplingConnection)
+    : connection_(connection), samplingConnection_(samplingConnection) {
     initializeExtensions();
 }
 
@@ -96,6 +98,16 @@ std::optional<Point> X11InputService::currentPointerPosition() {
         return pointerBeingDelivered_;
     }
     if (auto pointer = queryPointer()) {
+        return pointer->location;
+    }
+    return std::nullopt;
+}
+
+std::optional<Point> X11InputService::samplePointerPosition() {
+    if (samplingConnection_ == nullptr || samplingConnection_->hasError()) {
+        return std::nullopt;
+    }
+    if (auto pointer = queryPointer(*samplingConnection_)) {
         return pointer->location;
     }
     return std::nullopt;
@@ -224,9 +236,10 @@ void X11InputService::selectInputEvents(bool motion, bool hierarchy) {
                                &masks[0].header);
 }
 
-std::optional<X11InputService::PointerState> X11InputService::queryPointer() const {
-    xcb_connection_t* c = connection_.get();
-    auto reply = xcbReply(c, xcb_query_pointer_reply, xcb_query_pointer(c, connection_.root()));
+std::optional<X11InputService::PointerState> X11InputService::queryPointer(
+    const XcbConnection& connection) {
+    xcb_connection_t* c = connection.get();
+    auto reply = xcbReply(c, xcb_query_pointer_reply, xcb_query_pointer(c, connection.root()));
     if (!reply) {
         return std::nullopt;
     }

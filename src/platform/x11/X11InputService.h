@@ -17,12 +17,15 @@ class XcbConnection;
 // Observes modifiers through XKB state notifications and pointer motion through
 // XInput 2 raw motion on the root window. Both are plain selections, never
 // grabs, so they keep arriving while another client grabs the keyboard or
-// pointer, and no other client loses an event. Main thread only.
+// pointer, and no other client loses an event. Main thread only, except
+// samplePointerPosition(), which uses a connection of its own.
 class X11InputService final : public InputService, public X11EventListener {
   public:
     // The connection must be the one whose events are read by an X11EventPump
-    // delivering to this service.
-    explicit X11InputService(const XcbConnection& connection);
+    // delivering to this service. The pointer is sampled on samplingConnection,
+    // which other threads may use too; without one it cannot be sampled.
+    explicit X11InputService(const XcbConnection& connection,
+                             const XcbConnection* samplingConnection = nullptr);
     X11InputService(const X11InputService&) = delete;
     X11InputService& operator=(const X11InputService&) = delete;
     ~X11InputService() override;
@@ -32,6 +35,8 @@ class X11InputService final : public InputService, public X11EventListener {
 
     std::unique_ptr<EventTap> createEventTap(EventCallback callback) override;
     std::optional<Point> currentPointerPosition() override;
+    bool canSamplePointer() const override { return samplingConnection_ != nullptr; }
+    std::optional<Point> samplePointerPosition() override;
     std::uint64_t currentModifierFlags() override;
     std::unique_ptr<MonitorToken> addPointerMovedMonitor(PointerMovedCallback callback) override;
 
@@ -81,13 +86,15 @@ class X11InputService final : public InputService, public X11EventListener {
     void updateSelections(bool force);
     void selectKeyboardEvents(bool wanted);
     void selectInputEvents(bool motion, bool hierarchy);
-    std::optional<PointerState> queryPointer() const;
+    static std::optional<PointerState> queryPointer(const XcbConnection& connection);
+    std::optional<PointerState> queryPointer() const { return queryPointer(connection_); }
     void deliverPendingMotion();
     void deliverFlagsChanged(std::uint8_t modifiers);
     void interruptTaps();
     void deliverToTaps(const InputEvent& event, bool motion);
 
     const XcbConnection& connection_;
+    const XcbConnection* samplingConnection_;
     bool hasKeyboardExtension_ = false;
     bool hasInputExtension_ = false;
     std::uint8_t keyboardEventBase_ = 0;

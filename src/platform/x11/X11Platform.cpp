@@ -50,7 +50,7 @@ std::unique_ptr<X11Platform> X11Platform::connect(const char* displayName, std::
     p.requests_ = std::move(requests);
     p.eventsInspector_ = std::make_unique<X11WindowInspector>(*p.events_);
     p.requestsInspector_ = std::make_unique<X11WindowInspector>(*p.requests_);
-    p.input_ = std::make_unique<X11InputService>(*p.events_);
+    p.input_ = std::make_unique<X11InputService>(*p.events_, p.requests_.get());
     p.windowServer_ = std::make_unique<X11WindowServer>(*p.eventsInspector_);
     p.windowControl_ = std::make_unique<X11WindowControl>(*p.requests_, *p.requestsInspector_);
     p.displays_ = std::make_unique<X11DisplayService>(*p.events_, *p.eventsInspector_);

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstring>
+#include <thread>
 
 #include "X11PlatformTest.h"
 #include "platform/InputService.h"
@@ -76,6 +78,28 @@ TEST_F(InputServiceTest, KeyPressesGiveFlagsChangedEventsWithTheNewFlags) {
     EXPECT_TRUE(waitUntil([&] { return events_.size() == 8; }));
     EXPECT_EQ(events_.back(), (InputEvent{InputEventType::flagsChanged, 0, pointer}));
     EXPECT_EQ(service().currentModifierFlags(), 0u);
+}
+
+TEST_F(InputServiceTest, ThePointerIsSampledFromAnyThreadAlongsideTheMainThreadsReads) {
+    ASSERT_TRUE(service().canSamplePointer());
+    input().movePointerTo(410, 270);
+    std::optional<Point> sampled;
+    std::thread([&] { sampled = service().samplePointerPosition(); }).join();
+    EXPECT_EQ(sampled, (Point{410, 270}));
+
+    std::atomic<int> misread{0};
+    std::thread sampler([&] {
+        for (int i = 0; i < 300; ++i) {
+            if (service().samplePointerPosition() != Point{410, 270}) {
+                ++misread;
+            }
+        }
+    });
+    for (int i = 0; i < 300; ++i) {
+        EXPECT_EQ(service().currentPointerPosition(), (Point{410, 270}));
+    }
+    sampler.join();
+    EXPECT_EQ(misread.load(), 0);
 }
 
 TEST_F(InputServiceTest, PointerMotionArrivesOnlyWhileWantedAndEnabled) {

@@ -260,13 +260,33 @@ void FakeDesktop::deliverToTaps(const InputEvent& event, bool isMotion) {
     }
 }
 
+Point FakeDesktop::pointer() const {
+    std::lock_guard lock(pointerMutex_);
+    return pointer_;
+}
+
+std::optional<Point> FakeDesktop::samplePointerPosition() {
+    if (!pointerSamplingOffered || pointerSamplingFails.load()) {
+        return std::nullopt;
+    }
+    ++pointerSamples_;
+    const Point sampled = pointer();
+    if (whilePointerIsSampled) {
+        whilePointerIsSampled();
+    }
+    return sampled;
+}
+
 void FakeDesktop::pressModifiers(std::uint64_t flags) {
     flags_ = flags;
-    deliverToTaps({InputEventType::flagsChanged, flags, pointer_}, false);
+    deliverToTaps({InputEventType::flagsChanged, flags, pointer()}, false);
 }
 
 void FakeDesktop::deliverPointer(Point p, std::optional<std::uint64_t> flags, InputEventType type) {
-    pointer_ = p;
+    {
+        std::lock_guard lock(pointerMutex_);
+        pointer_ = p;
+    }
     const std::uint64_t eventFlags = flags.value_or(flags_);
     deliverToTaps({type, eventFlags, p}, true);
     for (Monitor* monitor : std::vector(monitors_)) {
@@ -292,7 +312,7 @@ void FakeDesktop::interruptEventTap() {
             continue;
         }
         tap->enabled = false;
-        tap->callback({InputEventType::tapDisabledByTimeout, flags_, pointer_});
+        tap->callback({InputEventType::tapDisabledByTimeout, flags_, pointer()});
     }
 }
 

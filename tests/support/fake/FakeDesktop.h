@@ -1,9 +1,12 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
@@ -130,6 +133,15 @@ class FakeDesktop final : public InputService,
     void interruptEventTap();
     void disableEventTapSilently();
     std::size_t pointerMonitorCount() const { return monitors_.size(); }
+    // Sampling the pointer from the engine's queue: unavailable unless a test offers it, as on
+    // a desktop that can only report motion events. Samples may be taken on any thread.
+    std::atomic<bool> pointerSamplingOffered{false};
+    std::atomic<bool> pointerSamplingFails{false};
+    // Runs inside each sample, after the position is read and before it is returned: what the
+    // main thread may do while a background tick waits for the answer. Set it before any
+    // background thread samples.
+    std::function<void()> whilePointerIsSampled;
+    std::size_t pointerSamplesTaken() const { return pointerSamples_.load(); }
 
     // Grants: both present unless a test takes them away; a request grants nothing by itself.
     bool accessibilityGranted = true;
@@ -140,7 +152,9 @@ class FakeDesktop final : public InputService,
 
     // InputService
     std::unique_ptr<EventTap> createEventTap(EventCallback callback) override;
-    std::optional<Point> currentPointerPosition() override { return pointer_; }
+    std::optional<Point> currentPointerPosition() override { return pointer(); }
+    bool canSamplePointer() const override { return pointerSamplingOffered; }
+    std::optional<Point> samplePointerPosition() override;
     std::uint64_t currentModifierFlags() override { return flags_; }
     std::unique_ptr<MonitorToken> addPointerMovedMonitor(PointerMovedCallback callback) override;
     // WindowServer
@@ -185,6 +199,7 @@ class FakeDesktop final : public InputService,
 
   private:
     Tap* liveTap() const;
+    Point pointer() const;
     void deliverPointer(Point p, std::optional<std::uint64_t> flags, InputEventType type);
     void deliverToTaps(const InputEvent& event, bool isMotion);
 
@@ -195,7 +210,9 @@ class FakeDesktop final : public InputService,
     std::map<std::string, ApplicationIcon> installed_;
     std::vector<Tap*> taps_;
     std::vector<Monitor*> monitors_;
+    mutable std::mutex pointerMutex_;  // the pointer is also sampled from background threads
     Point pointer_;
+    std::atomic<std::size_t> pointerSamples_{0};
     std::uint64_t flags_ = 0;
 };
 

@@ -1,8 +1,9 @@
 // Begins and ends gestures from the main thread while the session's ticks run
 // on a real background queue, then checks that every write went to the
 // gesture's own window with that gesture's own geometry, and that each
-// gesture's clean-up came after its last write. Built and run under
-// ThreadSanitizer as well.
+// gesture's clean-up came after its last write. Runs with positions handed to
+// the session and with ticks that read the pointer themselves. Built and run
+// under ThreadSanitizer as well.
 #include <gtest/gtest.h>
 
 #include <QTemporaryDir>
@@ -48,11 +49,15 @@ bool isNearStart(const FakeDesktop::Write& w, const Target& t) {
     return true;
 }
 
-TEST(DragSessionConcurrencyTest, TicksNeverMixGesturesAndCleanUpsComeLast) {
+class DragSessionConcurrencyTest : public ::testing::TestWithParam<bool> {};
+
+TEST_P(DragSessionConcurrencyTest, TicksNeverMixGesturesAndCleanUpsComeLast) {
+    const bool sampled = GetParam();
     QTemporaryDir dir;
     Settings settings(dir.filePath("settings.conf"));
     settings.setMagneticsEnabled(false);
     FakeDesktop desktop;
+    desktop.pointerSamplingOffered = sampled;
     // One display wide enough for every window, so resizes are limited by it alone.
     const Rect wide{0, 0, spacing * (gestureCount + 3), 1000};
     desktop.setDisplays({{wide, wide}});
@@ -77,6 +82,9 @@ TEST(DragSessionConcurrencyTest, TicksNeverMixGesturesAndCleanUpsComeLast) {
 
             auto handle = findWindowHandle(desktop.platform().windowControl, t.pid, t.window);
             const Point mouse{t.start.x + 100 + i % 2 * 250, t.start.y + 100};
+            // The pointer is where the gesture begins; a tick still reading the
+            // previous gesture's pointer would land a whole band away.
+            desktop.movePointer(mouse);
             if (t.resize) {
                 session.beginResize(handle, t.pid, mouse);
             } else {
@@ -87,8 +95,13 @@ TEST(DragSessionConcurrencyTest, TicksNeverMixGesturesAndCleanUpsComeLast) {
             const auto hold = std::chrono::microseconds(i % 32 == 0 ? 20'000 : holdMicros(random));
             const auto until = Clock::now() + hold;
             do {
-                session.setLatestMouse(
-                    {mouse.x + step(random) - maxStep / 2, mouse.y + step(random) - maxStep / 2});
+                const Point p{mouse.x + step(random) - maxStep / 2,
+                              mouse.y + step(random) - maxStep / 2};
+                if (sampled) {
+                    desktop.movePointer(p);
+                } else {
+                    session.setLatestMouse(p);
+                }
             } while (Clock::now() < until);
             session.end();
         }
@@ -117,7 +130,13 @@ TEST(DragSessionConcurrencyTest, TicksNeverMixGesturesAndCleanUpsComeLast) {
     }
     // The stress only means something if ticks really ran during gestures.
     EXPECT_GT(positionWrites, 100u);
+    EXPECT_EQ(desktop.pointerSamplesTaken() > 0, sampled);
 }
+
+INSTANTIATE_TEST_SUITE_P(PointerSource, DragSessionConcurrencyTest, ::testing::Bool(),
+                         [](const ::testing::TestParamInfo<bool>& info) {
+                             return info.param ? "Sampled" : "Handed";
+                         });
 
 }  // namespace
 }  // namespace gf::test

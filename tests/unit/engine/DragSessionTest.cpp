@@ -3,6 +3,7 @@
 #include <QTemporaryDir>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "engine/DragSession.h"
 #include "engine/WindowLocation.h"
@@ -222,6 +223,66 @@ TEST_F(DragSessionTest, ResizeWritesPositionThenSizeEveryTickFromTheChosenCorner
     EXPECT_FALSE(session.isResizing());
     pointerTo({150, 150});
     EXPECT_TRUE(desktop.writes().empty());
+}
+
+TEST_F(DragSessionTest, SampledTicksFollowThePointerOnTheirOwnAndSkipWhenItCannotBeRead) {
+    desktop.pointerSamplingOffered = true;
+    desktop.movePointer({200, 200});
+    startMove({200, 200});
+    EXPECT_TRUE(session.samplesPointer());
+    desktop.advance(80ms);
+    EXPECT_TRUE(desktop.writes().empty()) << "a pointer resting on its start moves nothing";
+    EXPECT_EQ(desktop.pointerSamplesTaken(), 11u) << "one read per tick";
+
+    desktop.movePointer({230, 210});
+    desktop.movePointer({260, 150});  // only where it is at the tick counts
+    desktop.advance(8ms);
+    EXPECT_EQ(desktop.frameOf(window).origin(), (Point{160, 50}));
+
+    desktop.pointerSamplingFails = true;
+    desktop.movePointer({300, 300});
+    desktop.advance(40ms);
+    EXPECT_EQ(desktop.frameOf(window).origin(), (Point{160, 50}));
+    desktop.pointerSamplingFails = false;
+    desktop.advance(8ms);
+    EXPECT_EQ(desktop.frameOf(window).origin(), (Point{200, 200}));
+    session.end();
+    EXPECT_FALSE(session.samplesPointer());
+
+    const std::size_t samples = desktop.pointerSamplesTaken();
+    desktop.movePointer({900, 900});
+    desktop.advance(1s);
+    EXPECT_EQ(desktop.pointerSamplesTaken(), samples) << "nothing reads the pointer while idle";
+    EXPECT_EQ(desktop.frameOf(window).origin(), (Point{200, 200}));
+}
+
+TEST_F(DragSessionTest, APointerSampledAcrossTheEndOfAGestureIsAppliedToNeither) {
+    desktop.pointerSamplingOffered = true;
+    desktop.movePointer({200, 200});
+    startMove({200, 200});
+    const std::int32_t otherPid = 99;
+    bool swapped = false;
+    // While the tick waits for the pointer, the keys are let go and pressed again over the
+    // other window.
+    desktop.whilePointerIsSampled = [&] {
+        if (std::exchange(swapped, true)) {
+            return;
+        }
+        session.end();
+        desktop.movePointer({950, 550});
+        session.beginMove(findWindowHandle(platform.windowControl, otherPid, other), otherPid,
+                          {950, 550});
+    };
+    desktop.movePointer({230, 210});
+    desktop.advance(8ms);
+    ASSERT_TRUE(swapped);
+    EXPECT_EQ(desktop.frameOf(window).origin(), (Point{100, 100}));
+    EXPECT_EQ(desktop.frameOf(other).origin(), (Point{900, 500}));
+
+    desktop.movePointer({960, 570});
+    desktop.advance(8ms);
+    EXPECT_EQ(desktop.frameOf(other).origin(), (Point{910, 520}));
+    EXPECT_EQ(desktop.frameOf(window).origin(), (Point{100, 100}));
 }
 
 TEST(DragSessionGeometryTest, ResizedFramesKeepTheOppositeCornerAndRespectMinimumAndDisplay) {

@@ -157,26 +157,6 @@ INSTANTIATE_TEST_SUITE_P(
                   Gesture::move}),
     [](const ::testing::TestParamInfo<FlagsCase>& info) { return std::string(info.param.name); });
 
-TEST_F(EventTapManagerTest, MovesWithThePointerUntilTheKeysAreReleased) {
-    manager.start();
-    desktop.movePointer({200, 200});
-    EXPECT_FALSE(desktop.isPointerMotionWanted()) << "idle: no motion events";
-
-    desktop.pressModifiers(kMove);
-    desktop.movePointer({230, 210});
-    desktop.advance(20ms);
-    desktop.dragPointer({250, 230});  // a held button changes nothing
-    desktop.advance(20ms);
-    EXPECT_EQ(desktop.frameOf(window), (Rect{150, 130, 400, 300}));
-
-    desktop.pressModifiers(0);
-    EXPECT_EQ(gesture(), Gesture::none);
-    EXPECT_FALSE(desktop.isPointerMotionWanted());
-    desktop.movePointer({400, 400});
-    desktop.advance(1s);
-    EXPECT_EQ(desktop.frameOf(window), (Rect{150, 130, 400, 300}));
-}
-
 TEST_F(EventTapManagerTest, AGestureKeepsItsKindWhileEitherCombinationIsHeld) {
     manager.start();
     desktop.movePointer({200, 200});
@@ -242,7 +222,39 @@ TEST_F(EventTapManagerTest, AMissedReleaseIsCaughtByTheWatchWithinItsPeriod) {
     EXPECT_FALSE(desktop.isPointerMotionWanted());
 }
 
-TEST_F(EventTapManagerTest, SwitchingOffMidGestureFreezesTheWindowAndTheWatchStillEndsIt) {
+// The same gestures whether the pointer reaches the session through motion events or the
+// session's ticks read it themselves; only the latter leave motion unselected.
+class EventTapPointerSourceTest : public EventTapManagerTest,
+                                  public ::testing::WithParamInterface<bool> {
+  protected:
+    EventTapPointerSourceTest() { desktop.pointerSamplingOffered = sampled; }
+
+    const bool sampled = GetParam();
+};
+
+TEST_P(EventTapPointerSourceTest, MovesWithThePointerUntilTheKeysAreReleased) {
+    manager.start();
+    desktop.movePointer({200, 200});
+    EXPECT_FALSE(desktop.isPointerMotionWanted()) << "idle: no motion events";
+
+    desktop.pressModifiers(kMove);
+    EXPECT_EQ(desktop.isPointerMotionWanted(), !sampled);
+    desktop.movePointer({230, 210});
+    desktop.advance(20ms);
+    desktop.dragPointer({250, 230});  // a held button changes nothing
+    desktop.advance(20ms);
+    EXPECT_EQ(desktop.frameOf(window), (Rect{150, 130, 400, 300}));
+    EXPECT_EQ(desktop.pointerSamplesTaken() > 0, sampled);
+
+    desktop.pressModifiers(0);
+    EXPECT_EQ(gesture(), Gesture::none);
+    EXPECT_FALSE(desktop.isPointerMotionWanted());
+    desktop.movePointer({400, 400});
+    desktop.advance(1s);
+    EXPECT_EQ(desktop.frameOf(window), (Rect{150, 130, 400, 300}));
+}
+
+TEST_P(EventTapPointerSourceTest, SwitchingOffMidGestureFreezesTheWindowAndTheWatchStillEndsIt) {
     manager.start();
     desktop.movePointer({200, 200});
     desktop.pressModifiers(kMove);
@@ -256,7 +268,19 @@ TEST_F(EventTapManagerTest, SwitchingOffMidGestureFreezesTheWindowAndTheWatchSti
     desktop.advance(150ms);
     EXPECT_EQ(gesture(), Gesture::none);
     EXPECT_EQ(desktop.frameOf(window), (Rect{130, 110, 400, 300}));
+
+    // Switched on again, the next gesture follows the pointer again.
+    settings.setIsEnabled(true);
+    desktop.pressModifiers(kMove);
+    desktop.movePointer({350, 320});
+    desktop.advance(20ms);
+    EXPECT_EQ(desktop.frameOf(window), (Rect{150, 120, 400, 300}));
 }
+
+INSTANTIATE_TEST_SUITE_P(Engine, EventTapPointerSourceTest, ::testing::Bool(),
+                         [](const ::testing::TestParamInfo<bool>& info) {
+                             return info.param ? "Sampled" : "Handed";
+                         });
 
 }  // namespace
 }  // namespace gf::test
