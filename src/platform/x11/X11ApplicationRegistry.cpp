@@ -4,7 +4,7 @@
 #include <map>
 
 #include "platform/x11/DesktopEntryIndex.h"
-#include "platform/x11/X11WindowInspector.h"
+#include "platform/x11/X11WindowReader.h"
 #include "platform/x11/XcbConnection.h"
 #include "platform/x11/XcbReply.h"
 
@@ -28,16 +28,16 @@ std::vector<std::uint32_t> values32(const xcb_get_property_reply_t* reply) {
 }  // namespace
 
 X11ApplicationRegistry::X11ApplicationRegistry(const XcbConnection& connection,
-                                               const X11WindowInspector& inspector,
+                                               const X11WindowReader& reader,
                                                DirectoryList desktopEntryDirectories)
     : connection_(connection),
-      inspector_(inspector),
+      reader_(reader),
       desktopEntryDirectories_(std::move(desktopEntryDirectories)) {}
 
 std::vector<X11ApplicationRegistry::WindowFacts> X11ApplicationRegistry::applicationWindowFacts()
     const {
-    const std::vector<xcb_window_t> windows = inspector_.applicationWindows();
-    const std::vector<std::optional<std::int32_t>> pids = inspector_.ownerPids(windows);
+    const std::vector<xcb_window_t> windows = reader_.applicationWindows();
+    const std::vector<std::optional<std::int32_t>> pids = reader_.ownerPids(windows);
     xcb_connection_t* c = connection_.get();
     const X11Atoms& atoms = connection_.atoms();
     struct Cookies {
@@ -68,7 +68,7 @@ std::vector<X11ApplicationRegistry::WindowFacts> X11ApplicationRegistry::applica
         facts.push_back({windows[i], *pids[i], std::nullopt, normalType && !skipsTaskbar});
     }
     for (WindowFacts& fact : facts) {
-        fact.windowClass = inspector_.windowClass(fact.window);
+        fact.windowClass = reader_.windowClass(fact.window);
     }
     return facts;
 }
@@ -162,8 +162,8 @@ std::optional<ApplicationIcon> X11ApplicationRegistry::iconOfInstalledApplicatio
 }
 
 bool X11ApplicationRegistry::activate(std::int32_t pid) {
-    const std::vector<xcb_window_t> windows = inspector_.applicationWindows();
-    const std::vector<std::optional<std::int32_t>> pids = inspector_.ownerPids(windows);
+    const std::vector<xcb_window_t> windows = reader_.applicationWindows();
+    const std::vector<std::optional<std::int32_t>> pids = reader_.ownerPids(windows);
     std::vector<xcb_window_t> owned;
     for (std::size_t i = 0; i < windows.size(); ++i) {
         if (pids[i] == pid) {
@@ -176,7 +176,7 @@ bool X11ApplicationRegistry::activate(std::int32_t pid) {
     // Visible windows front to back, in the true stacking order; the
     // frontmost becomes active, the others follow it forward.
     std::vector<xcb_window_t> visible;
-    if (auto stacked = inspector_.stackedWindows()) {
+    if (auto stacked = reader_.stackedWindows()) {
         for (const StackedWindow& window : *stacked) {
             if (std::find(owned.begin(), owned.end(), window.client) != owned.end()) {
                 visible.push_back(window.client);
@@ -184,7 +184,7 @@ bool X11ApplicationRegistry::activate(std::int32_t pid) {
         }
     }
     const xcb_window_t top = visible.empty() ? owned.front() : visible.front();
-    if (!inspector_.hasEwmhWindowManager()) {
+    if (!reader_.hasEwmhWindowManager()) {
         return activateDirectly(top, visible);
     }
     const X11Atoms& atoms = connection_.atoms();

@@ -11,7 +11,7 @@
 namespace gf {
 
 class XcbConnection;
-class X11WindowInspector;
+class X11WindowReader;
 
 // Running applications are the processes owning managed windows; their
 // identifier is the WM_CLASS class, their name and icon come from the
@@ -20,7 +20,7 @@ class X11ApplicationRegistry final : public ApplicationRegistry {
   public:
     using DirectoryList = std::function<std::vector<std::filesystem::path>()>;
 
-    X11ApplicationRegistry(const XcbConnection& connection, const X11WindowInspector& inspector,
+    X11ApplicationRegistry(const XcbConnection& connection, const X11WindowReader& reader,
                            DirectoryList desktopEntryDirectories);
 
     std::vector<RunningApplication> runningApplications() override;
@@ -42,7 +42,7 @@ class X11ApplicationRegistry final : public ApplicationRegistry {
     bool activateDirectly(xcb_window_t top, const std::vector<xcb_window_t>& visible);
 
     const XcbConnection& connection_;
-    const X11WindowInspector& inspector_;
+    const X11WindowReader& reader_;
     DirectoryList desktopEntryDirectories_;
 };
 

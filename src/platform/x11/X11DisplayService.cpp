@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "platform/x11/X11WindowInspector.h"
+#include "platform/x11/X11WindowReader.h"
 #include "platform/x11/XcbConnection.h"
 #include "platform/x11/XcbReply.h"
 
@@ -25,9 +25,8 @@ Rect spanning(double minX, double minY, double maxX, double maxY) {
 
 }  // namespace
 
-X11DisplayService::X11DisplayService(const XcbConnection& connection,
-                                     const X11WindowInspector& inspector)
-    : connection_(connection), inspector_(inspector) {
+X11DisplayService::X11DisplayService(const XcbConnection& connection, const X11WindowReader& reader)
+    : connection_(connection), reader_(reader) {
     if (connection_.hasExtension(&xcb_randr_id)) {
         xcb_connection_t* c = connection_.get();
         auto version = xcbReply(c, xcb_randr_query_version_reply,
@@ -110,7 +109,7 @@ std::vector<Rect> X11DisplayService::monitorsPrimaryFirst(const Rect& root) cons
 
 std::vector<X11DisplayService::ReservedArea> X11DisplayService::reservedAreas(
     const Rect& root) const {
-    const auto stacked = inspector_.stackedWindows();
+    const auto stacked = reader_.stackedWindows();
     if (!stacked) {
         return {};
     }
@@ -145,7 +144,7 @@ std::vector<X11DisplayService::ReservedArea> X11DisplayService::reservedAreas(
             // own extent, so that a panel on one monitor leaves the others alone.
             const std::vector<double> edges = valuesOf(plain, kStrutFields);
             const std::optional<Rect> frame =
-                edges.empty() ? std::nullopt : inspector_.outerFrame((*stacked)[i].client);
+                edges.empty() ? std::nullopt : reader_.outerFrame((*stacked)[i].client);
             if (!frame) {
                 continue;
             }
@@ -200,9 +199,9 @@ Rect X11DisplayService::usablePart(const Rect& monitor, const std::vector<Reserv
 std::optional<Rect> X11DisplayService::workArea() const {
     const X11Atoms& atoms = connection_.atoms();
     const std::vector<std::uint32_t> desktop =
-        inspector_.cardinalsOf(connection_.root(), atoms.netCurrentDesktop, 1);
+        reader_.cardinalsOf(connection_.root(), atoms.netCurrentDesktop, 1);
     const std::size_t index = desktop.empty() ? 0 : desktop.front();
-    const std::vector<std::uint32_t> areas = inspector_.cardinalsOf(
+    const std::vector<std::uint32_t> areas = reader_.cardinalsOf(
         connection_.root(), atoms.netWorkarea, static_cast<std::uint32_t>(4 * (index + 1)));
     if (areas.size() < 4 * (index + 1)) {
         return std::nullopt;

@@ -9,13 +9,13 @@
 namespace gf {
 
 class XcbConnection;
-class X11WindowInspector;
+class X11WindowReader;
 
 // Monitors from RandR, read afresh on every call: virtual monitors change
 // without any notification. Main thread only.
 class X11DisplayService final : public DisplayService {
   public:
-    X11DisplayService(const XcbConnection& connection, const X11WindowInspector& inspector);
+    X11DisplayService(const XcbConnection& connection, const X11WindowReader& reader);
 
     // Primary first. The usable rectangle of each is the monitor minus the
     // struts of the docks and panels touching it.
@@ -35,7 +35,7 @@ class X11DisplayService final : public DisplayService {
     static Rect usablePart(const Rect& monitor, const std::vector<ReservedArea>& reserved);
 
     const XcbConnection& connection_;
-    const X11WindowInspector& inspector_;
+    const X11WindowReader& reader_;
     bool hasMonitors_ = false;
 };
 

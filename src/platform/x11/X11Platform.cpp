@@ -13,7 +13,7 @@
 #include "platform/x11/X11GrantService.h"
 #include "platform/x11/X11InputService.h"
 #include "platform/x11/X11WindowControl.h"
-#include "platform/x11/X11WindowInspector.h"
+#include "platform/x11/X11WindowReader.h"
 #include "platform/x11/X11WindowServer.h"
 #include "platform/x11/XcbConnection.h"
 
@@ -48,14 +48,14 @@ std::unique_ptr<X11Platform> X11Platform::connect(const char* displayName, std::
     X11Platform& p = *platform;
     p.events_ = std::move(events);
     p.requests_ = std::move(requests);
-    p.eventsInspector_ = std::make_unique<X11WindowInspector>(*p.events_);
-    p.requestsInspector_ = std::make_unique<X11WindowInspector>(*p.requests_);
+    p.eventsReader_ = std::make_unique<X11WindowReader>(*p.events_);
+    p.requestsReader_ = std::make_unique<X11WindowReader>(*p.requests_);
     p.input_ = std::make_unique<X11InputService>(*p.events_, p.requests_.get());
-    p.windowServer_ = std::make_unique<X11WindowServer>(*p.eventsInspector_);
-    p.windowControl_ = std::make_unique<X11WindowControl>(*p.requests_, *p.requestsInspector_);
-    p.displays_ = std::make_unique<X11DisplayService>(*p.events_, *p.eventsInspector_);
+    p.windowServer_ = std::make_unique<X11WindowServer>(*p.eventsReader_);
+    p.windowControl_ = std::make_unique<X11WindowControl>(*p.requests_, *p.requestsReader_);
+    p.displays_ = std::make_unique<X11DisplayService>(*p.events_, *p.eventsReader_);
     p.applications_ = std::make_unique<X11ApplicationRegistry>(
-        *p.events_, *p.eventsInspector_, &DesktopEntryIndex::standardDirectories);
+        *p.events_, *p.eventsReader_, &DesktopEntryIndex::standardDirectories);
     p.grants_ = std::make_unique<X11GrantService>(p.input_->canObserveInput(),
                                                   &X11GrantService::processEnvironment);
     p.pump_ = std::make_unique<X11EventPump>(*p.events_, *p.input_, [&p] { p.connectionLost(); });

@@ -14,7 +14,7 @@ class X11EventPump;
 class X11GrantService;
 class X11InputService;
 class X11WindowControl;
-class X11WindowInspector;
+class X11WindowReader;
 class X11WindowServer;
 class XcbConnection;
 
@@ -60,8 +60,8 @@ class X11Platform {
 
     std::unique_ptr<XcbConnection> events_;
     std::unique_ptr<XcbConnection> requests_;
-    std::unique_ptr<X11WindowInspector> eventsInspector_;
-    std::unique_ptr<X11WindowInspector> requestsInspector_;
+    std::unique_ptr<X11WindowReader> eventsReader_;
+    std::unique_ptr<X11WindowReader> requestsReader_;
     std::unique_ptr<X11InputService> input_;
     std::unique_ptr<X11WindowServer> windowServer_;
     std::unique_ptr<X11WindowControl> windowControl_;

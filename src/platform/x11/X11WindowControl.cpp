@@ -1,7 +1,7 @@
 #include "platform/x11/X11WindowControl.h"
 
 #include "platform/x11/X11WindowHandle.h"
-#include "platform/x11/X11WindowInspector.h"
+#include "platform/x11/X11WindowReader.h"
 #include "platform/x11/XcbConnection.h"
 
 namespace gf {
@@ -11,23 +11,23 @@ std::optional<std::vector<std::shared_ptr<WindowHandle>>> X11WindowControl::wind
     if (connection_.hasError()) {
         return std::nullopt;
     }
-    const std::vector<xcb_window_t> windows = inspector_.applicationWindows();
-    const std::vector<std::optional<std::int32_t>> pids = inspector_.ownerPids(windows);
+    const std::vector<xcb_window_t> windows = reader_.applicationWindows();
+    const std::vector<std::optional<std::int32_t>> pids = reader_.ownerPids(windows);
     std::vector<StackedWindow> owned;
     for (std::size_t i = 0; i < windows.size(); ++i) {
         if (pids[i] == pid) {
             owned.push_back({windows[i], windows[i], false});
         }
     }
-    const std::vector<int> layers = inspector_.layersOf(owned);
+    const std::vector<int> layers = reader_.layersOf(owned);
     if (connection_.hasError()) {
         return std::nullopt;
     }
-    const bool managedByEwmh = inspector_.hasEwmhWindowManager();
+    const bool managedByEwmh = reader_.hasEwmhWindowManager();
     std::vector<std::shared_ptr<WindowHandle>> handles;
     for (std::size_t i = 0; i < owned.size(); ++i) {
         if (layers[i] >= WindowLayer::normal && layers[i] < WindowLayer::dock) {
-            handles.push_back(std::make_shared<X11WindowHandle>(connection_, inspector_,
+            handles.push_back(std::make_shared<X11WindowHandle>(connection_, reader_,
                                                                 owned[i].client, managedByEwmh));
         }
     }

@@ -5,14 +5,14 @@
 namespace gf {
 
 class XcbConnection;
-class X11WindowInspector;
+class X11WindowReader;
 
 // Hands out handles for the windows of a process. The connection is one that
 // never reads events, so the handles work from any thread.
 class X11WindowControl final : public WindowControl {
   public:
-    X11WindowControl(const XcbConnection& connection, const X11WindowInspector& inspector)
-        : connection_(connection), inspector_(inspector) {}
+    X11WindowControl(const XcbConnection& connection, const X11WindowReader& reader)
+        : connection_(connection), reader_(reader) {}
 
     // The process's managed windows in mapping order, docks and desktop
     // backgrounds left out since they are never moved.
@@ -25,7 +25,7 @@ class X11WindowControl final : public WindowControl {
 
   private:
     const XcbConnection& connection_;
-    const X11WindowInspector& inspector_;
+    const X11WindowReader& reader_;
 };
 
 }  // namespace gf

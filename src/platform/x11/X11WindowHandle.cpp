@@ -7,7 +7,7 @@
 #include <cmath>
 #include <thread>
 
-#include "platform/x11/X11WindowInspector.h"
+#include "platform/x11/X11WindowReader.h"
 #include "platform/x11/XcbConnection.h"
 #include "platform/x11/XcbReply.h"
 
@@ -36,23 +36,19 @@ std::int32_t toPixels(double value) {
 
 }  // namespace
 
-X11WindowHandle::X11WindowHandle(const XcbConnection& connection,
-                                 const X11WindowInspector& inspector, xcb_window_t client,
-                                 bool managedByEwmh)
-    : connection_(connection),
-      inspector_(inspector),
-      client_(client),
-      managedByEwmh_(managedByEwmh) {}
+X11WindowHandle::X11WindowHandle(const XcbConnection& connection, const X11WindowReader& reader,
+                                 xcb_window_t client, bool managedByEwmh)
+    : connection_(connection), reader_(reader), client_(client), managedByEwmh_(managedByEwmh) {}
 
 std::optional<Point> X11WindowHandle::position() {
-    if (auto frame = inspector_.outerFrame(client_)) {
+    if (auto frame = reader_.outerFrame(client_)) {
         return frame->origin();
     }
     return std::nullopt;
 }
 
 std::optional<Size> X11WindowHandle::size() {
-    if (auto frame = inspector_.outerFrame(client_)) {
+    if (auto frame = reader_.outerFrame(client_)) {
         return frame->size();
     }
     return std::nullopt;
@@ -89,7 +85,7 @@ X11WindowHandle::~X11WindowHandle() {
 
 std::optional<X11WindowHandle::PlacementCookies> X11WindowHandle::requestPlacement() {
     if (!frameWindow_) {
-        frameWindow_ = inspector_.frameWindowOf(client_);
+        frameWindow_ = reader_.frameWindowOf(client_);
         if (!frameWindow_) {
             return std::nullopt;  // the window vanished
         }
@@ -98,7 +94,7 @@ std::optional<X11WindowHandle::PlacementCookies> X11WindowHandle::requestPlaceme
     return PlacementCookies{xcb_get_geometry(c, client_),
                             xcb_translate_coordinates(c, client_, connection_.root(), 0, 0),
                             xcb_get_geometry(c, *frameWindow_),
-                            inspector_.requestFrameExtents(client_)};
+                            reader_.requestFrameExtents(client_)};
 }
 
 std::optional<X11WindowHandle::Placement> X11WindowHandle::collectPlacement(
@@ -110,7 +106,7 @@ std::optional<X11WindowHandle::Placement> X11WindowHandle::collectPlacement(
     // Nobody reads this connection's events; errors of requests sent without
     // a check would otherwise pile up in its queue.
     connection_.discardQueuedEvents();
-    const std::optional<FrameExtents> frameExtents = inspector_.frameExtentsFrom(extents);
+    const std::optional<FrameExtents> frameExtents = reader_.frameExtentsFrom(extents);
     if (!geometry || !origin || !frameGeometry || !frameExtents) {
         // The window vanished, or the window manager framed it anew: the next
         // read looks for its frame again.
@@ -133,7 +129,7 @@ std::optional<X11WindowHandle::Placement> X11WindowHandle::collectPlacement(
         const Rect frame{
             static_cast<double>(frameGeometry->x), static_cast<double>(frameGeometry->y),
             frameGeometry->width + 2 * frameBorder, frameGeometry->height + 2 * frameBorder};
-        const Rect visible = X11WindowInspector::visibleFrame(frame, decorated);
+        const Rect visible = X11WindowReader::visibleFrame(frame, decorated);
         client = {visible.width - decorations.left - decorations.right - 2 * border,
                   visible.height - decorations.top - decorations.bottom - 2 * border};
     }
@@ -289,7 +285,7 @@ bool X11WindowHandle::requestFrame(Point frameTopLeft, Size clientSize) {
 }
 
 bool X11WindowHandle::raise() {
-    auto stacked = inspector_.stackedWindows();
+    auto stacked = reader_.stackedWindows();
     if (!stacked) {
         return false;
     }
@@ -298,12 +294,12 @@ bool X11WindowHandle::raise() {
     });
     if (self == stacked->end()) {
         // Not on the screen (or gone): nothing to compare the result with.
-        return inspector_.frameExtents(client_).has_value() && requestRaise();
+        return reader_.frameExtents(client_).has_value() && requestRaise();
     }
     // Windows in front that share this window's layer or a lower one are the
     // ones a successful raise must put behind it; docks and menus stay in front.
     std::vector<StackedWindow> inFrontAndSelf(stacked->begin(), self + 1);
-    const std::vector<int> layers = inspector_.layersOf(inFrontAndSelf);
+    const std::vector<int> layers = reader_.layersOf(inFrontAndSelf);
     const int ownLayer = layers.back();
     std::vector<xcb_window_t> blockers;
     for (std::size_t i = 0; i + 1 < inFrontAndSelf.size(); ++i) {
@@ -361,7 +357,7 @@ bool X11WindowHandle::waitUntilAbove(xcb_window_t frame,
 }
 
 bool X11WindowHandle::makeMain() {
-    return inspector_.frameExtents(client_).has_value() && activate();
+    return reader_.frameExtents(client_).has_value() && activate();
 }
 
 bool X11WindowHandle::activate() {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "platform/WindowHandle.h"
-#include "platform/x11/X11WindowInspector.h"
+#include "platform/x11/X11WindowReader.h"
 
 namespace gf {
 
@@ -21,7 +21,7 @@ class X11WindowHandle final : public WindowHandle {
   public:
     // managedByEwmh: an EWMH window manager runs, so geometry and stacking
     // changes are asked of it rather than made directly.
-    X11WindowHandle(const XcbConnection& connection, const X11WindowInspector& inspector,
+    X11WindowHandle(const XcbConnection& connection, const X11WindowReader& reader,
                     xcb_window_t client, bool managedByEwmh);
     ~X11WindowHandle() override;
     X11WindowHandle(const X11WindowHandle&) = delete;
@@ -70,7 +70,7 @@ class X11WindowHandle final : public WindowHandle {
     void readAheadAndFlush();
 
     const XcbConnection& connection_;
-    const X11WindowInspector& inspector_;
+    const X11WindowReader& reader_;
     const xcb_window_t client_;
     const bool managedByEwmh_;
 

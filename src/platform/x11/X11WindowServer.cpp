@@ -1,25 +1,25 @@
 #include "platform/x11/X11WindowServer.h"
 
-#include "platform/x11/X11WindowInspector.h"
+#include "platform/x11/X11WindowReader.h"
 
 namespace gf {
 
 std::optional<WindowDescription> X11WindowServer::windowAt(Point point) {
-    const std::optional<StackedWindow> window = inspector_.stackedWindowAt(point);
+    const std::optional<StackedWindow> window = reader_.stackedWindowAt(point);
     if (!window) {
         return std::nullopt;
     }
-    std::vector<WindowDescription> described = inspector_.describe({*window});
+    std::vector<WindowDescription> described = reader_.describe({*window});
     return described.front();
 }
 
 std::vector<WindowDescription> X11WindowServer::onScreenWindows() {
-    const auto stacked = inspector_.stackedWindows();
+    const auto stacked = reader_.stackedWindows();
     if (!stacked) {
         return {};
     }
-    const std::optional<Rect> screen = inspector_.rootRectangle();
-    std::vector<WindowDescription> windows = inspector_.describe(*stacked);
+    const std::optional<Rect> screen = reader_.rootRectangle();
+    std::vector<WindowDescription> windows = reader_.describe(*stacked);
     // Window managers park helper windows outside the screen; they are mapped
     // but nobody sees them.
     std::erase_if(windows, [&screen](const WindowDescription& window) {

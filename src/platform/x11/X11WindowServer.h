@@ -4,12 +4,12 @@
 
 namespace gf {
 
-class X11WindowInspector;
+class X11WindowReader;
 
 // Windows as the X server stacks them. Main thread only.
 class X11WindowServer final : public WindowServer {
   public:
-    explicit X11WindowServer(const X11WindowInspector& inspector) : inspector_(inspector) {}
+    explicit X11WindowServer(const X11WindowReader& reader) : reader_(reader) {}
 
     // The client of the frontmost top-level window at the point, with its
     // outer frame; nullopt over the bare desktop.
@@ -22,7 +22,7 @@ class X11WindowServer final : public WindowServer {
     std::vector<WindowDescription> onScreenWindows() override;
 
   private:
-    const X11WindowInspector& inspector_;
+    const X11WindowReader& reader_;
 };
 
 }  // namespace gf

@@ -41,9 +41,9 @@ struct StackedWindow {
 // pipelined requests so a batch costs a few round trips whatever its size.
 // Safe to use from several threads at once: the only state is a cache of
 // which client each frame holds, checked before use and kept under a lock.
-class X11WindowInspector {
+class X11WindowReader {
   public:
-    explicit X11WindowInspector(const XcbConnection& connection);
+    explicit X11WindowReader(const XcbConnection& connection);
 
     // The mapped top-level windows, front to back, in the server's stacking
     // order. nullopt when the root cannot be read.

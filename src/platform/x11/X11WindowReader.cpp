@@ -1,4 +1,4 @@
-#include "platform/x11/X11WindowInspector.h"
+#include "platform/x11/X11WindowReader.h"
 
 #include <xcb/res.h>
 
@@ -71,7 +71,7 @@ std::optional<Rect> frameRectangle(const xcb_get_property_reply_t* extents,
     if (frameGeometry == nullptr) {
         return decorated;
     }
-    return X11WindowInspector::visibleFrame(outerGeometry(*frameGeometry), decorated);
+    return X11WindowReader::visibleFrame(outerGeometry(*frameGeometry), decorated);
 }
 
 bool contains(const std::vector<xcb_atom_t>& atoms, xcb_atom_t atom) {
@@ -80,7 +80,7 @@ bool contains(const std::vector<xcb_atom_t>& atoms, xcb_atom_t atom) {
 
 }  // namespace
 
-X11WindowInspector::X11WindowInspector(const XcbConnection& connection) : connection_(connection) {
+X11WindowReader::X11WindowReader(const XcbConnection& connection) : connection_(connection) {
     // The resource extension wants to hear the client's version before the
     // first question; the answer itself is of no interest.
     if (connection_.hasExtension(&xcb_res_id)) {
@@ -89,7 +89,7 @@ X11WindowInspector::X11WindowInspector(const XcbConnection& connection) : connec
     }
 }
 
-std::optional<std::vector<StackedWindow>> X11WindowInspector::stackedWindows() const {
+std::optional<std::vector<StackedWindow>> X11WindowReader::stackedWindows() const {
     xcb_connection_t* c = connection_.get();
     auto tree = xcbReply(c, xcb_query_tree_reply, xcb_query_tree(c, connection_.root()));
     if (!tree) {
@@ -107,7 +107,7 @@ std::optional<std::vector<StackedWindow>> X11WindowInspector::stackedWindows() c
     return resolveClients(*topLevels);
 }
 
-std::optional<StackedWindow> X11WindowInspector::stackedWindowAt(Point point) const {
+std::optional<StackedWindow> X11WindowReader::stackedWindowAt(Point point) const {
     xcb_connection_t* c = connection_.get();
     const auto x = static_cast<std::int16_t>(std::floor(point.x));
     const auto y = static_cast<std::int16_t>(std::floor(point.y));
@@ -143,7 +143,7 @@ std::optional<StackedWindow> X11WindowInspector::stackedWindowAt(Point point) co
     return found;
 }
 
-std::optional<StackedWindow> X11WindowInspector::scanForWindowAt(Point point) const {
+std::optional<StackedWindow> X11WindowReader::scanForWindowAt(Point point) const {
     auto windows = stackedWindows();
     if (!windows) {
         return std::nullopt;
@@ -164,7 +164,7 @@ std::optional<StackedWindow> X11WindowInspector::scanForWindowAt(Point point) co
     return found;
 }
 
-std::optional<std::vector<X11WindowInspector::TopLevel>> X11WindowInspector::mappedTopLevels(
+std::optional<std::vector<X11WindowReader::TopLevel>> X11WindowReader::mappedTopLevels(
     const std::vector<xcb_window_t>& candidates) const {
     xcb_connection_t* c = connection_.get();
     std::vector<xcb_get_window_attributes_cookie_t> cookies;
@@ -186,7 +186,7 @@ std::optional<std::vector<X11WindowInspector::TopLevel>> X11WindowInspector::map
     return mapped;
 }
 
-std::vector<bool> X11WindowInspector::carryWmState(const std::vector<xcb_window_t>& windows) const {
+std::vector<bool> X11WindowReader::carryWmState(const std::vector<xcb_window_t>& windows) const {
     xcb_connection_t* c = connection_.get();
     const xcb_atom_t wmState = connection_.atoms().wmState;
     std::vector<xcb_get_property_cookie_t> cookies;
@@ -203,7 +203,7 @@ std::vector<bool> X11WindowInspector::carryWmState(const std::vector<xcb_window_
     return carries;
 }
 
-xcb_window_t X11WindowInspector::findClientInside(xcb_window_t frame) const {
+xcb_window_t X11WindowReader::findClientInside(xcb_window_t frame) const {
     if (const xcb_window_t cached = cachedClientInside(frame); cached != XCB_WINDOW_NONE) {
         return cached;
     }
@@ -212,7 +212,7 @@ xcb_window_t X11WindowInspector::findClientInside(xcb_window_t frame) const {
     return client;
 }
 
-xcb_window_t X11WindowInspector::cachedClientInside(xcb_window_t frame) const {
+xcb_window_t X11WindowReader::cachedClientInside(xcb_window_t frame) const {
     xcb_window_t cached = XCB_WINDOW_NONE;
     {
         std::lock_guard lock(cacheMutex_);
@@ -226,7 +226,7 @@ xcb_window_t X11WindowInspector::cachedClientInside(xcb_window_t frame) const {
     return cached;
 }
 
-void X11WindowInspector::rememberClientInside(xcb_window_t frame, xcb_window_t client) const {
+void X11WindowReader::rememberClientInside(xcb_window_t frame, xcb_window_t client) const {
     std::lock_guard lock(cacheMutex_);
     if (clientOfFrame_.size() >= kMaxCachedFrames) {
         clientOfFrame_.clear();  // frames of closed windows would pile up otherwise
@@ -238,7 +238,7 @@ void X11WindowInspector::rememberClientInside(xcb_window_t frame, xcb_window_t c
     }
 }
 
-bool X11WindowInspector::isClientInside(xcb_window_t client, xcb_window_t frame) const {
+bool X11WindowReader::isClientInside(xcb_window_t client, xcb_window_t frame) const {
     xcb_connection_t* c = connection_.get();
     const xcb_atom_t wmState = connection_.atoms().wmState;
     auto stateCookie = requestProperty(c, client, wmState, wmState, 0);
@@ -256,7 +256,7 @@ bool X11WindowInspector::isClientInside(xcb_window_t client, xcb_window_t frame)
     return inside && state && state->type == wmState;
 }
 
-xcb_window_t X11WindowInspector::searchClientInside(xcb_window_t frame) const {
+xcb_window_t X11WindowReader::searchClientInside(xcb_window_t frame) const {
     xcb_connection_t* c = connection_.get();
     std::vector<xcb_window_t> level{frame};
     std::size_t searched = 0;
@@ -289,7 +289,7 @@ xcb_window_t X11WindowInspector::searchClientInside(xcb_window_t frame) const {
     return XCB_WINDOW_NONE;
 }
 
-std::vector<StackedWindow> X11WindowInspector::resolveClients(
+std::vector<StackedWindow> X11WindowReader::resolveClients(
     const std::vector<TopLevel>& topLevels) const {
     xcb_connection_t* c = connection_.get();
     std::vector<StackedWindow> stacked;
@@ -392,11 +392,11 @@ std::vector<StackedWindow> X11WindowInspector::resolveClients(
     return kept;
 }
 
-std::vector<int> X11WindowInspector::layersOf(const std::vector<StackedWindow>& windows) const {
+std::vector<int> X11WindowReader::layersOf(const std::vector<StackedWindow>& windows) const {
     return collectLayers(requestLayers(windows), windows);
 }
 
-X11WindowInspector::LayerCookies X11WindowInspector::requestLayers(
+X11WindowReader::LayerCookies X11WindowReader::requestLayers(
     const std::vector<StackedWindow>& windows) const {
     xcb_connection_t* c = connection_.get();
     const X11Atoms& atoms = connection_.atoms();
@@ -411,8 +411,8 @@ X11WindowInspector::LayerCookies X11WindowInspector::requestLayers(
     return cookies;
 }
 
-std::vector<int> X11WindowInspector::collectLayers(
-    const LayerCookies& cookies, const std::vector<StackedWindow>& windows) const {
+std::vector<int> X11WindowReader::collectLayers(const LayerCookies& cookies,
+                                                const std::vector<StackedWindow>& windows) const {
     xcb_connection_t* c = connection_.get();
     std::vector<int> layers;
     layers.reserve(windows.size());
@@ -425,9 +425,8 @@ std::vector<int> X11WindowInspector::collectLayers(
     return layers;
 }
 
-int X11WindowInspector::layerFor(const std::vector<xcb_atom_t>& types,
-                                 const std::vector<xcb_atom_t>& states,
-                                 bool overrideRedirect) const {
+int X11WindowReader::layerFor(const std::vector<xcb_atom_t>& types,
+                              const std::vector<xcb_atom_t>& states, bool overrideRedirect) const {
     if (overrideRedirect) {
         return WindowLayer::overlay;
     }
@@ -461,12 +460,12 @@ int X11WindowInspector::layerFor(const std::vector<xcb_atom_t>& types,
     return layer;
 }
 
-std::vector<std::optional<std::int32_t>> X11WindowInspector::ownerPids(
+std::vector<std::optional<std::int32_t>> X11WindowReader::ownerPids(
     const std::vector<xcb_window_t>& windows) const {
     return collectOwnerPids(requestOwnerPids(windows));
 }
 
-X11WindowInspector::PidCookies X11WindowInspector::requestOwnerPids(
+X11WindowReader::PidCookies X11WindowReader::requestOwnerPids(
     const std::vector<xcb_window_t>& windows) const {
     xcb_connection_t* c = connection_.get();
     const bool haveResources = connection_.hasExtension(&xcb_res_id);
@@ -485,7 +484,7 @@ X11WindowInspector::PidCookies X11WindowInspector::requestOwnerPids(
     return cookies;
 }
 
-std::vector<std::optional<std::int32_t>> X11WindowInspector::collectOwnerPids(
+std::vector<std::optional<std::int32_t>> X11WindowReader::collectOwnerPids(
     const PidCookies& cookies) const {
     xcb_connection_t* c = connection_.get();
     std::vector<std::optional<std::int32_t>> pids(cookies.size());
@@ -512,7 +511,7 @@ std::vector<std::optional<std::int32_t>> X11WindowInspector::collectOwnerPids(
     return pids;
 }
 
-std::vector<WindowDescription> X11WindowInspector::describe(
+std::vector<WindowDescription> X11WindowReader::describe(
     const std::vector<StackedWindow>& windows) const {
     xcb_connection_t* c = connection_.get();
     struct GeometryCookies {
@@ -558,22 +557,22 @@ std::vector<WindowDescription> X11WindowInspector::describe(
     return descriptions;
 }
 
-std::optional<FrameExtents> X11WindowInspector::frameExtents(xcb_window_t client) const {
+std::optional<FrameExtents> X11WindowReader::frameExtents(xcb_window_t client) const {
     return collectFrameExtents(requestFrameExtents(client));
 }
 
-xcb_get_property_cookie_t X11WindowInspector::requestFrameExtents(xcb_window_t client) const {
+xcb_get_property_cookie_t X11WindowReader::requestFrameExtents(xcb_window_t client) const {
     return requestProperty(connection_.get(), client, connection_.atoms().netFrameExtents,
                            XCB_ATOM_CARDINAL, 4);
 }
 
-std::optional<FrameExtents> X11WindowInspector::collectFrameExtents(
+std::optional<FrameExtents> X11WindowReader::collectFrameExtents(
     xcb_get_property_cookie_t cookie) const {
     auto reply = xcbReply(connection_.get(), xcb_get_property_reply, cookie);
     return frameExtentsFrom(reply.get());
 }
 
-std::optional<FrameExtents> X11WindowInspector::frameExtentsFrom(
+std::optional<FrameExtents> X11WindowReader::frameExtentsFrom(
     const xcb_get_property_reply_t* reply) const {
     if (reply == nullptr) {
         return std::nullopt;
@@ -586,13 +585,13 @@ std::optional<FrameExtents> X11WindowInspector::frameExtentsFrom(
                         static_cast<int>(sizes[2]), static_cast<int>(sizes[3])};
 }
 
-Rect X11WindowInspector::visibleFrame(Rect frameWindow, Rect decoratedClient) {
+Rect X11WindowReader::visibleFrame(Rect frameWindow, Rect decoratedClient) {
     const bool decorationsStartAtTheCorner =
         decoratedClient.x == frameWindow.x && decoratedClient.y == frameWindow.y;
     return decorationsStartAtTheCorner ? frameWindow : decoratedClient;
 }
 
-std::optional<xcb_window_t> X11WindowInspector::frameWindowOf(xcb_window_t client) const {
+std::optional<xcb_window_t> X11WindowReader::frameWindowOf(xcb_window_t client) const {
     xcb_connection_t* c = connection_.get();
     xcb_window_t window = client;
     for (int depth = 0; depth <= kMaxReparentingDepth; ++depth) {
@@ -608,7 +607,7 @@ std::optional<xcb_window_t> X11WindowInspector::frameWindowOf(xcb_window_t clien
     return window;
 }
 
-std::optional<Rect> X11WindowInspector::outerFrame(xcb_window_t client) const {
+std::optional<Rect> X11WindowReader::outerFrame(xcb_window_t client) const {
     xcb_connection_t* c = connection_.get();
     const std::optional<xcb_window_t> frame = frameWindowOf(client);
     if (!frame) {
@@ -633,7 +632,7 @@ std::optional<Rect> X11WindowInspector::outerFrame(xcb_window_t client) const {
                           frameGeometry.get());
 }
 
-std::optional<std::vector<xcb_window_t>> X11WindowInspector::clientList() const {
+std::optional<std::vector<xcb_window_t>> X11WindowReader::clientList() const {
     xcb_connection_t* c = connection_.get();
     auto reply = xcbReply(c, xcb_get_property_reply,
                           requestProperty(c, connection_.root(), connection_.atoms().netClientList,
@@ -644,7 +643,7 @@ std::optional<std::vector<xcb_window_t>> X11WindowInspector::clientList() const 
     return values32(reply.get());
 }
 
-std::vector<xcb_window_t> X11WindowInspector::applicationWindows() const {
+std::vector<xcb_window_t> X11WindowReader::applicationWindows() const {
     std::vector<xcb_window_t> windows = clientList().value_or(std::vector<xcb_window_t>{});
     // The manager publishes its list a little after it takes a window over,
     // so mapped clients it has not listed yet are added.
@@ -659,7 +658,7 @@ std::vector<xcb_window_t> X11WindowInspector::applicationWindows() const {
     return windows;
 }
 
-std::optional<Rect> X11WindowInspector::rootRectangle() const {
+std::optional<Rect> X11WindowReader::rootRectangle() const {
     xcb_connection_t* c = connection_.get();
     auto geometry = xcbReply(c, xcb_get_geometry_reply, xcb_get_geometry(c, connection_.root()));
     if (!geometry) {
@@ -668,7 +667,7 @@ std::optional<Rect> X11WindowInspector::rootRectangle() const {
     return Rect{0, 0, static_cast<double>(geometry->width), static_cast<double>(geometry->height)};
 }
 
-bool X11WindowInspector::hasEwmhWindowManager() const {
+bool X11WindowReader::hasEwmhWindowManager() const {
     const xcb_atom_t check = connection_.atoms().netSupportingWmCheck;
     const std::vector<std::uint32_t> fromRoot = cardinalsOf(connection_.root(), check, 1);
     if (fromRoot.empty() || fromRoot.front() == XCB_WINDOW_NONE) {
@@ -680,7 +679,7 @@ bool X11WindowInspector::hasEwmhWindowManager() const {
     return !fromCheckWindow.empty() && fromCheckWindow.front() == fromRoot.front();
 }
 
-std::optional<std::string> X11WindowInspector::windowClass(xcb_window_t window) const {
+std::optional<std::string> X11WindowReader::windowClass(xcb_window_t window) const {
     xcb_connection_t* c = connection_.get();
     auto reply = xcbReply(c, xcb_get_property_reply,
                           requestProperty(c, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 256));
@@ -705,16 +704,15 @@ std::optional<std::string> X11WindowInspector::windowClass(xcb_window_t window) 
     return windowClass;
 }
 
-std::vector<xcb_atom_t> X11WindowInspector::atomsOf(xcb_window_t window,
-                                                    xcb_atom_t property) const {
+std::vector<xcb_atom_t> X11WindowReader::atomsOf(xcb_window_t window, xcb_atom_t property) const {
     xcb_connection_t* c = connection_.get();
     auto reply = xcbReply(c, xcb_get_property_reply,
                           requestProperty(c, window, property, XCB_ATOM_ATOM, kMaxAtomsInList));
     return values32(reply.get());
 }
 
-std::vector<std::uint32_t> X11WindowInspector::cardinalsOf(xcb_window_t window, xcb_atom_t property,
-                                                           std::uint32_t maxCount) const {
+std::vector<std::uint32_t> X11WindowReader::cardinalsOf(xcb_window_t window, xcb_atom_t property,
+                                                        std::uint32_t maxCount) const {
     xcb_connection_t* c = connection_.get();
     auto reply =
         xcbReply(c, xcb_get_property_reply,
