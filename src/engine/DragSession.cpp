@@ -118,6 +118,8 @@ void DragSession::end() {
 void DragSession::start(std::shared_ptr<Gesture> gesture, Point mouse) {
     gesture->number = ++gesturesBegun_;
     gesture->samplesPointer = platform_.input.canSamplePointer();
+    gesture->moveKeys = settings_.moveModifiers();
+    gesture->resizeKeys = settings_.resizeModifiers();
     samplesPointer_ = gesture->samplesPointer;
     {
         // Published together with the starting pointer position, so that no
@@ -185,10 +187,16 @@ std::optional<Point> DragSession::pointerForTick(const std::shared_ptr<const Ges
     if (gesture->samplesPointer && followingPointer_.load()) {
         // Read outside the lock: end() and begin on the main thread never
         // wait for this round trip.
-        sampled = platform_.input.samplePointerPosition();
-        if (!sampled) {
+        const std::optional<PointerSample> sample = platform_.input.samplePointer();
+        if (!sample) {
             return std::nullopt;
         }
+        // The main thread may not have seen the keys go up yet; the pointer
+        // moved after that belongs to no gesture.
+        if (!areGestureKeysHeld(*gesture, sample->flags)) {
+            return std::nullopt;
+        }
+        sampled = sample->location;
     }
     // The pointer is taken under the session's lock and only if the gesture
     // is still the published one: a tick that races with end() and a new
@@ -202,6 +210,13 @@ std::optional<Point> DragSession::pointerForTick(const std::shared_ptr<const Ges
         return sampled;
     }
     return latestMouse_.load();
+}
+
+bool DragSession::areGestureKeysHeld(const Gesture& gesture, std::uint64_t flags) {
+    auto held = [flags](const ModifierKeySet& keys) {
+        return !keys.isEmpty() && keys.matches(flags);
+    };
+    return held(gesture.moveKeys) || held(gesture.resizeKeys);
 }
 
 void DragSession::applyFirstMovementSetup(const Gesture& gesture) {

@@ -10,6 +10,7 @@
 #include "engine/LatestMouse.h"
 #include "engine/ResizeCorner.h"
 #include "engine/SnapEdges.h"
+#include "model/ModifierKeySet.h"
 #include "platform/DisplayInfo.h"
 #include "platform/Platform.h"
 #include "platform/Rect.h"
@@ -84,12 +85,17 @@ class DragSession {
         Rect screenBounds;
         bool bringToFront = false;
         bool samplesPointer = false;
+        // Either combination keeps a gesture going; a sample without them
+        // was read after the keys were let go.
+        ModifierKeySet moveKeys;
+        ModifierKeySet resizeKeys;
     };
 
     void start(std::shared_ptr<Gesture> gesture, Point mouse);
     void stopUpdateTimer();
     void applyLatestMouse();
     std::optional<Point> pointerForTick(const std::shared_ptr<const Gesture>& gesture);
+    static bool areGestureKeysHeld(const Gesture& gesture, std::uint64_t flags);
     void applyFirstMovementSetup(const Gesture& gesture);
     void cleanUpAfterGesture(std::int32_t pid);
     bool disableEnhancedUserInterface(std::int32_t pid);

@@ -9,14 +9,15 @@
 #include "platform/InputEvent.h"
 #include "platform/MonitorToken.h"
 #include "platform/Point.h"
+#include "platform/PointerSample.h"
 
 namespace gf {
 
 // Observes the user's keyboard modifiers and pointer for the whole desktop.
 // Every callback runs on the main thread, and every call is made from it
-// except samplePointerPosition().
+// except samplePointer().
 class InputService {
-public:
+  public:
     using EventCallback = std::function<void(const InputEvent&)>;
     using PointerMovedCallback = std::function<void(std::uint64_t modifierFlags)>;
 
@@ -31,15 +32,15 @@ public:
     // The pointer's position now; nullopt when it cannot be read.
     virtual std::optional<Point> currentPointerPosition() = 0;
 
-    // Whether samplePointerPosition() can read the pointer. Without it the
+    // Whether samplePointer() can read the pointer. Without it the
     // pointer's position during a gesture is known only from pointer-moved events.
     virtual bool canSamplePointer() const { return false; }
 
-    // The pointer's position now. Unlike every other call here it may be made
-    // from any thread, concurrently with the main thread's calls, so that a
-    // background tick can read the pointer without waking the main thread.
-    // nullopt when it cannot be read.
-    virtual std::optional<Point> samplePointerPosition() { return std::nullopt; }
+    // The pointer's position and the modifiers held now, read together. Unlike
+    // every other call here it may be made from any thread, concurrently with
+    // the main thread's calls, so that a background tick can read the pointer
+    // without waking the main thread. nullopt when it cannot be read.
+    virtual std::optional<PointerSample> samplePointer() { return std::nullopt; }
 
     // The modifier bits held now (ModifierFlag); 0 when they cannot be read.
     virtual std::uint64_t currentModifierFlags() = 0;

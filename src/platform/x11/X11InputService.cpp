@@ -103,12 +103,12 @@ std::optional<Point> X11InputService::currentPointerPosition() {
     return std::nullopt;
 }
 
-std::optional<Point> X11InputService::samplePointerPosition() {
+std::optional<PointerSample> X11InputService::samplePointer() {
     if (samplingConnection_ == nullptr || samplingConnection_->hasError()) {
         return std::nullopt;
     }
     if (auto pointer = queryPointer(*samplingConnection_)) {
-        return pointer->location;
+        return PointerSample{pointer->location, flagsFromModifierState(pointer->mask)};
     }
     return std::nullopt;
 }

@@ -18,7 +18,7 @@ class XcbConnection;
 // XInput 2 raw motion on the root window. Both are plain selections, never
 // grabs, so they keep arriving while another client grabs the keyboard or
 // pointer, and no other client loses an event. Main thread only, except
-// samplePointerPosition(), which uses a connection of its own.
+// samplePointer(), which uses a connection of its own.
 class X11InputService final : public InputService, public X11EventListener {
   public:
     // The connection must be the one whose events are read by an X11EventPump
@@ -36,7 +36,7 @@ class X11InputService final : public InputService, public X11EventListener {
     std::unique_ptr<EventTap> createEventTap(EventCallback callback) override;
     std::optional<Point> currentPointerPosition() override;
     bool canSamplePointer() const override { return samplingConnection_ != nullptr; }
-    std::optional<Point> samplePointerPosition() override;
+    std::optional<PointerSample> samplePointer() override;
     std::uint64_t currentModifierFlags() override;
     std::unique_ptr<MonitorToken> addPointerMovedMonitor(PointerMovedCallback callback) override;
 

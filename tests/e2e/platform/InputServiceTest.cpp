@@ -83,14 +83,17 @@ TEST_F(InputServiceTest, KeyPressesGiveFlagsChangedEventsWithTheNewFlags) {
 TEST_F(InputServiceTest, ThePointerIsSampledFromAnyThreadAlongsideTheMainThreadsReads) {
     ASSERT_TRUE(service().canSamplePointer());
     input().movePointerTo(410, 270);
-    std::optional<Point> sampled;
-    std::thread([&] { sampled = service().samplePointerPosition(); }).join();
-    EXPECT_EQ(sampled, (Point{410, 270}));
+    input().pressKey(Keysym::controlL);
+    const std::uint64_t control = ModifierFlag::control;
+    std::optional<PointerSample> sampled;
+    std::thread([&] { sampled = service().samplePointer(); }).join();
+    EXPECT_EQ(sampled, (PointerSample{{410, 270}, control})) << "read with the keys held";
+    input().releaseKey(Keysym::controlL);
 
     std::atomic<int> misread{0};
     std::thread sampler([&] {
         for (int i = 0; i < 300; ++i) {
-            if (service().samplePointerPosition() != Point{410, 270}) {
+            if (service().samplePointer() != PointerSample{{410, 270}, 0}) {
                 ++misread;
             }
         }

@@ -265,12 +265,12 @@ Point FakeDesktop::pointer() const {
     return pointer_;
 }
 
-std::optional<Point> FakeDesktop::samplePointerPosition() {
+std::optional<PointerSample> FakeDesktop::samplePointer() {
     if (!pointerSamplingOffered || pointerSamplingFails.load()) {
         return std::nullopt;
     }
     ++pointerSamples_;
-    const Point sampled = pointer();
+    const PointerSample sampled{pointer(), flags_.load()};
     if (whilePointerIsSampled) {
         whilePointerIsSampled();
     }

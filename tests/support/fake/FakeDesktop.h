@@ -154,7 +154,7 @@ class FakeDesktop final : public InputService,
     std::unique_ptr<EventTap> createEventTap(EventCallback callback) override;
     std::optional<Point> currentPointerPosition() override { return pointer(); }
     bool canSamplePointer() const override { return pointerSamplingOffered; }
-    std::optional<Point> samplePointerPosition() override;
+    std::optional<PointerSample> samplePointer() override;
     std::uint64_t currentModifierFlags() override { return flags_; }
     std::unique_ptr<MonitorToken> addPointerMovedMonitor(PointerMovedCallback callback) override;
     // WindowServer
@@ -213,7 +213,7 @@ class FakeDesktop final : public InputService,
     mutable std::mutex pointerMutex_;  // the pointer is also sampled from background threads
     Point pointer_;
     std::atomic<std::size_t> pointerSamples_{0};
-    std::uint64_t flags_ = 0;
+    std::atomic<std::uint64_t> flags_{0};
 };
 
 }  // namespace gf::test

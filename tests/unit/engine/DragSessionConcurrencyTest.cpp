@@ -58,6 +58,7 @@ TEST_P(DragSessionConcurrencyTest, TicksNeverMixGesturesAndCleanUpsComeLast) {
     settings.setMagneticsEnabled(false);
     FakeDesktop desktop;
     desktop.pointerSamplingOffered = sampled;
+    desktop.holdModifiersSilently(ModifierFlag::control | ModifierFlag::command);
     // One display wide enough for every window, so resizes are limited by it alone.
     const Rect wide{0, 0, spacing * (gestureCount + 3), 1000};
     desktop.setDisplays({{wide, wide}});

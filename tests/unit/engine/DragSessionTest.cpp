@@ -33,6 +33,8 @@ class DragSessionTest : public ::testing::Test {
         settings.setMagneticsEnabled(false);
         window = desktop.addWindow(Window::at({100, 100, 400, 300}, pid));
         other = desktop.addWindow(Window::at({900, 500, 300, 200}, 99));
+        // The move keys are held, as they are while a gesture runs.
+        desktop.holdModifiersSilently(ModifierFlag::control | ModifierFlag::command);
     }
 
     std::shared_ptr<WindowHandle> handle(std::uint32_t number = 0) {
@@ -246,6 +248,16 @@ TEST_F(DragSessionTest, SampledTicksFollowThePointerOnTheirOwnAndSkipWhenItCanno
     desktop.pointerSamplingFails = false;
     desktop.advance(8ms);
     EXPECT_EQ(desktop.frameOf(window).origin(), (Point{200, 200}));
+
+    // The keys went up and the pointer moved on before the main thread ended the gesture.
+    desktop.holdModifiersSilently(ModifierFlag::control);
+    desktop.movePointer({500, 500});
+    desktop.advance(40ms);
+    EXPECT_EQ(desktop.frameOf(window).origin(), (Point{200, 200}));
+    // Either combination keeps a gesture going.
+    desktop.holdModifiersSilently(ModifierFlag::control | ModifierFlag::option);
+    desktop.advance(8ms);
+    EXPECT_EQ(desktop.frameOf(window).origin(), (Point{400, 400}));
     session.end();
     EXPECT_FALSE(session.samplesPointer());
 
@@ -253,7 +265,7 @@ TEST_F(DragSessionTest, SampledTicksFollowThePointerOnTheirOwnAndSkipWhenItCanno
     desktop.movePointer({900, 900});
     desktop.advance(1s);
     EXPECT_EQ(desktop.pointerSamplesTaken(), samples) << "nothing reads the pointer while idle";
-    EXPECT_EQ(desktop.frameOf(window).origin(), (Point{200, 200}));
+    EXPECT_EQ(desktop.frameOf(window).origin(), (Point{400, 400}));
 }
 
 TEST_F(DragSessionTest, APointerSampledAcrossTheEndOfAGestureIsAppliedToNeither) {
