@@ -1,8 +1,10 @@
 #include "app/SingleInstance.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QLocalSocket>
 #include <QRegularExpression>
+#include <QThread>
 #include <iostream>
 
 #include <unistd.h>
@@ -15,6 +17,7 @@ const QByteArray showSettingsRequest = "show-settings\n";
 const QByteArray acknowledgement = "ok\n";
 // A running instance answers at once from its event loop; this bounds a hung one.
 constexpr int answerTimeoutMs = 3000;
+constexpr unsigned long listenPollMs = 50;
 
 QString displayKey() {
     QString display = qEnvironmentVariable("DISPLAY");
@@ -43,7 +46,33 @@ SingleInstance::SingleInstance(QString serverName, QObject* parent)
 
 SingleInstance::~SingleInstance() = default;
 
+// The lock says whether another instance runs, even one that has not started
+// listening yet: a socket nobody listens on may be a crashed instance's, or a
+// starting one's, and only the lock tells them apart.
 SingleInstance::Claim SingleInstance::claim() {
+    lock_ = std::make_unique<FileLock>(serverName_ + QStringLiteral(".lock"));
+    switch (lock_->state()) {
+        case FileLock::State::held:
+            // Any socket there was left by an instance that ended without removing it.
+            QLocalServer::removeServer(serverName_);
+            if (listen()) {
+                return Claim::primary;
+            }
+            std::cerr << "Glimmerfold cannot listen for later launches: "
+                      << server_->errorString().toStdString() << '\n';
+            return Claim::unavailable;
+        case FileLock::State::heldElsewhere:
+            askRunningInstanceOnceItListens();
+            return Claim::handedOver;
+        case FileLock::State::failed:
+            break;
+    }
+    lock_.reset();
+    return claimWithoutLock();
+}
+
+// Where no lock file can be made, the socket alone decides.
+SingleInstance::Claim SingleInstance::claimWithoutLock() {
     if (listen()) {
         return Claim::primary;
     }
@@ -74,8 +103,7 @@ bool SingleInstance::listen() {
 
 // True when a process listens on the socket, answered or not: an instance takes its socket as
 // it starts but answers only from its event loop, which on a loaded machine can be seconds later.
-// Taking the socket from it then would leave two running; the request waits in its socket until
-// it reads it and shows Settings.
+// The request waits in its socket until it reads it and shows Settings.
 bool SingleInstance::askRunningInstance() {
     QLocalSocket socket;
     socket.connectToServer(serverName_);
@@ -88,6 +116,15 @@ bool SingleInstance::askRunningInstance() {
         waiting = socket.waitForReadyRead(answerTimeoutMs);
     }
     return true;
+}
+
+// The instance holding the lock may have yet to open its socket.
+void SingleInstance::askRunningInstanceOnceItListens() {
+    QElapsedTimer waited;
+    waited.start();
+    while (!askRunningInstance() && waited.elapsed() < answerTimeoutMs) {
+        QThread::msleep(listenPollMs);
+    }
 }
 
 void SingleInstance::answerConnections() {

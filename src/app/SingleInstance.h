@@ -5,11 +5,13 @@
 #include <QString>
 #include <memory>
 
+#include "app/FileLock.h"
+
 namespace gf {
 
-// One Glimmerfold per user and X display. The first launch listens on a local
-// socket; a later launch finds it there, asks it to show its Settings window
-// and steps aside.
+// One Glimmerfold per user and X display. The first launch locks a file beside
+// a local socket and listens on the socket; a later launch finds the lock
+// taken, asks the running one to show its Settings window and steps aside.
 class SingleInstance : public QObject {
     Q_OBJECT
 
@@ -35,11 +37,14 @@ class SingleInstance : public QObject {
     void showSettingsRequested();
 
   private:
+    Claim claimWithoutLock();
     bool listen();
     bool askRunningInstance();
+    void askRunningInstanceOnceItListens();
     void answerConnections();
 
     QString serverName_;
+    std::unique_ptr<FileLock> lock_;
     std::unique_ptr<QLocalServer> server_;
 };
 

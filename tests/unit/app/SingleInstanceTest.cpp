@@ -7,6 +7,7 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <chrono>
@@ -50,16 +51,30 @@ TEST_F(SingleInstanceTest, LaterLaunchAsksTheRunningOneForItsSettingsAndStepsAsi
     EXPECT_EQ(requests.count(), 1);
 }
 
-TEST_F(SingleInstanceTest, SocketLeftBehindByACrashedInstanceIsTakenOver) {
-    const QByteArray path = socketPath().toUtf8();
+// A socket bound but not listening: what a killed process leaves, and what one that is starting
+// shows for a moment.
+void bindWithoutListening(const QString& socketPath) {
+    const QByteArray path = socketPath.toUtf8();
     const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
     ASSERT_GE(fd, 0);
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     std::strncpy(address.sun_path, path.constData(), sizeof(address.sun_path) - 1);
     ASSERT_EQ(::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
-    ::close(fd);  // bound but never listening: what a killed process leaves
+    ::close(fd);
+}
 
+TEST_F(SingleInstanceTest, ASocketIsTakenOverOnlyWhenNoInstanceHoldsTheLock) {
+    bindWithoutListening(socketPath());
+    {
+        // Another instance holds the lock and has yet to listen: this launch steps aside.
+        FileLock starting(socketPath() + ".lock");
+        ASSERT_EQ(starting.state(), FileLock::State::held);
+        SingleInstance later(socketPath());
+        EXPECT_EQ(later.claim(), SingleInstance::Claim::handedOver);
+        EXPECT_TRUE(QFileInfo::exists(socketPath())) << "the starting one's socket stays";
+    }
+    // That instance ended without removing its socket: the next launch takes over.
     SingleInstance instance(socketPath());
     EXPECT_EQ(instance.claim(), SingleInstance::Claim::primary);
 }
