@@ -1,5 +1,6 @@
 #include <QApplication>
 #include <QCommandLineParser>
+#include <cstdlib>
 #include <iostream>
 #include <string>
 
@@ -30,6 +31,20 @@ void configureTheX11Backend() {
     if (!qEnvironmentVariableIsSet("QT_XCB_NO_MITSHM")) {
         qputenv("QT_XCB_NO_MITSHM", "1");
     }
+}
+
+// When the toolkit notices first that the X server went away, it says so in
+// its own words and exits, and its display library adds two more lines while
+// closing. Glimmerfold's one line is said instead, and the process ends at once.
+QtMessageHandler toolkitMessageHandler = nullptr;
+
+void reportDisplayLossOnce(QtMsgType type, const QMessageLogContext& context,
+                           const QString& message) {
+    if (message.startsWith(QLatin1String("The X11 connection broke"))) {
+        std::cerr << gf::X11Platform::connectionLostMessage << '\n';
+        std::_Exit(1);
+    }
+    toolkitMessageHandler(type, context, message);
 }
 
 // Glimmerfold takes no options besides these two, which need no display.
@@ -64,7 +79,13 @@ int main(int argc, char* argv[]) {
                      "private X server, run `make demo` (scripts/demo).\n";
         return 1;
     }
+    std::string unreachable;
+    if (!gf::X11Platform::canReach(qgetenv("DISPLAY").constData(), &unreachable)) {
+        std::cerr << "Glimmerfold cannot use the X display: " << unreachable << '\n';
+        return 1;
+    }
     configureTheX11Backend();
+    toolkitMessageHandler = qInstallMessageHandler(reportDisplayLossOnce);
 
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Glimmerfold"));

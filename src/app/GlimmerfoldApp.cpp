@@ -24,10 +24,11 @@ GlimmerfoldApp::GlimmerfoldApp(Settings& settings, UiFactory& ui, X11Platform& x
       trayItem_(std::make_unique<TrayItem>(settings_, *appState_, ui)),
       delegate_(std::make_unique<AppDelegate>(*appState_, &TrayItem::isTrayAvailable)) {
     appState_->setTaskbarPresence(taskbarPresence_.get());
-    // The toolkit notices the broken connection too and, given the chance, adds a line of its own
-    // on the way out; with the server gone there is nothing left to tidy up on the screen, and
-    // every setting was saved when it was made, so the program ends here.
-    x11.setConnectionLostHandler([] { std::exit(1); });
+    // The toolkit notices the broken connection too and, given the chance, adds lines of its own
+    // on the way out (its display library complains while closing); with the server gone there
+    // is nothing left to tidy up on the screen, and every setting was saved when it was made, so
+    // the program ends here without running the exit handlers.
+    x11.setConnectionLostHandler([] { std::_Exit(1); });
     connect(qApp, &QCoreApplication::aboutToQuit, this,
             [this] { delegate_->applicationWillTerminate(); });
 }

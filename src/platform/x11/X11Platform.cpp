@@ -68,6 +68,10 @@ std::unique_ptr<X11Platform> X11Platform::connect(const char* displayName, std::
     return platform;
 }
 
+bool X11Platform::canReach(const char* displayName, std::string* error) {
+    return XcbConnection::open(displayName, error) != nullptr;
+}
+
 InputService& X11Platform::input() {
     return *input_;
 }
@@ -115,7 +119,7 @@ void X11Platform::connectionLost() {
         return;
     }
     connectionLostReported_ = true;
-    std::cerr << "Glimmerfold lost its connection to the X server.\n";
+    std::cerr << connectionLostMessage << '\n';
     if (connectionLostHandler_) {
         connectionLostHandler_();
     }

@@ -30,6 +30,10 @@ class X11Platform {
     // Connects to the named display ($DISPLAY when null or empty). Returns
     // nullptr with a one-line reason when that fails.
     static std::unique_ptr<X11Platform> connect(const char* displayName, std::string* error);
+    // Whether an X server answers at displayName (nullptr: $DISPLAY); when it
+    // does not, error says why. Asked before the toolkit starts, which would
+    // otherwise abort with several lines of its own.
+    static bool canReach(const char* displayName, std::string* error);
 
     explicit X11Platform(const Key&);
     X11Platform(const X11Platform&) = delete;
@@ -50,6 +54,10 @@ class X11Platform {
     // on stderr says so. Nothing is read from the connection afterwards.
     void setConnectionLostHandler(std::function<void()> handler);
     bool isConnectionLost() const;
+
+    // The one line that says the X server went away.
+    static constexpr const char* connectionLostMessage =
+        "Glimmerfold lost its connection to the X server.";
 
     // Handles the events already received; the Qt event loop does this by
     // itself, tests call it to avoid waiting for the loop.

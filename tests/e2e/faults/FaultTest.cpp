@@ -316,6 +316,22 @@ bool waitForExitUnreaped(pid_t pid, std::chrono::milliseconds timeout) {
         timeout);
 }
 
+// No server answers at $DISPLAY: one line, said before the toolkit would abort with its own.
+TEST_F(FaultTest, WithNoServerAtTheDisplayItSaysSoInOneLine) {
+    const std::filesystem::path output = desktop().directory() / "unreachable.out";
+    ChildProcess::Options options;
+    options.arguments = {GLIMMERFOLD_EXECUTABLE};
+    options.environment = {{"DISPLAY", ":4095"},
+                           {"XDG_CONFIG_HOME", (desktop().directory() / "config").string()}};
+    options.outputFile = output.string();
+    std::string error;
+    auto program = ChildProcess::start(options, &error);
+    ASSERT_NE(program, nullptr) << error;
+    EXPECT_EQ(program->waitForExit(10s), 1);
+    EXPECT_EQ(fileText(output),
+              "Glimmerfold cannot use the X display: cannot connect to the X display :4095\n");
+}
+
 TEST_F(FaultTest, WhenTheServerGoesAwayItExitsWithinASecondWithOneLine) {
     auto program = start();
     ASSERT_NE(program, nullptr);
