@@ -121,15 +121,8 @@ std::optional<X11WindowHandle::Placement> X11WindowHandle::collectPlacement(
     if (*frameWindow_ != client_) {
         // The window manager may have resized the frame and not yet the client
         // inside: the size the frame shows is the one a position request keeps.
-        const Rect decorated{origin->dst_x - border - decorations.left,
-                             origin->dst_y - border - decorations.top,
-                             client.width + 2 * border + decorations.left + decorations.right,
-                             client.height + 2 * border + decorations.top + decorations.bottom};
-        const double frameBorder = frameGeometry->border_width;
-        const Rect frame{
-            static_cast<double>(frameGeometry->x), static_cast<double>(frameGeometry->y),
-            frameGeometry->width + 2 * frameBorder, frameGeometry->height + 2 * frameBorder};
-        const Rect visible = X11WindowReader::visibleFrame(frame, decorated);
+        const Rect visible =
+            X11WindowReader::visibleFrame(*origin, *geometry, decorations, *frameGeometry);
         client = {visible.width - decorations.left - decorations.right - 2 * border,
                   visible.height - decorations.top - decorations.bottom - 2 * border};
     }

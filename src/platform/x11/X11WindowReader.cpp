@@ -42,36 +42,29 @@ Rect outerGeometry(const xcb_get_geometry_reply_t& geometry) {
             geometry.width + 2 * border, geometry.height + 2 * border};
 }
 
-// The client's area grown by its decorations and its own X border, in root
-// coordinates.
-Rect decoratedClient(const std::vector<std::uint32_t>& extents,
-                     const xcb_translate_coordinates_reply_t& clientOrigin,
-                     const xcb_get_geometry_reply_t& clientGeometry) {
-    const double border = clientGeometry.border_width;
-    const double left = extents[0], right = extents[1], top = extents[2], bottom = extents[3];
-    return {clientOrigin.dst_x - border - left, clientOrigin.dst_y - border - top,
-            clientGeometry.width + 2 * border + left + right,
-            clientGeometry.height + 2 * border + top + bottom};
+// The decorations a client's _NET_FRAME_EXTENTS declares; nullopt without all four.
+std::optional<FrameExtents> declaredExtents(const xcb_get_property_reply_t* reply) {
+    const std::vector<std::uint32_t> sizes = values32(reply);
+    if (sizes.size() < 4) {
+        return std::nullopt;
+    }
+    return FrameExtents{static_cast<int>(sizes[0]), static_cast<int>(sizes[1]),
+                        static_cast<int>(sizes[2]), static_cast<int>(sizes[3])};
 }
 
 // The frame as the window manager describes it; without decorations, the
 // top-level window's own outer rectangle.
-std::optional<Rect> frameRectangle(const xcb_get_property_reply_t* extents,
+std::optional<Rect> frameRectangle(const std::optional<FrameExtents>& extents,
                                    const xcb_translate_coordinates_reply_t* clientOrigin,
                                    const xcb_get_geometry_reply_t* clientGeometry,
                                    const xcb_get_geometry_reply_t* frameGeometry) {
-    const std::vector<std::uint32_t> sizes = values32(extents);
-    if (sizes.size() < 4 || clientOrigin == nullptr || clientGeometry == nullptr) {
-        if (frameGeometry != nullptr) {
-            return outerGeometry(*frameGeometry);
-        }
+    if (frameGeometry == nullptr) {
         return std::nullopt;
     }
-    const Rect decorated = decoratedClient(sizes, *clientOrigin, *clientGeometry);
-    if (frameGeometry == nullptr) {
-        return decorated;
+    if (!extents || clientOrigin == nullptr || clientGeometry == nullptr) {
+        return outerGeometry(*frameGeometry);
     }
-    return X11WindowReader::visibleFrame(outerGeometry(*frameGeometry), decorated);
+    return X11WindowReader::visibleFrame(*clientOrigin, *clientGeometry, *extents, *frameGeometry);
 }
 
 bool contains(const std::vector<xcb_atom_t>& atoms, xcb_atom_t atom) {
@@ -550,8 +543,9 @@ std::vector<WindowDescription> X11WindowReader::describe(
         // A client that is the root's child has no frame, whatever _NET_FRAME_EXTENTS says: a
         // window manager that died leaves the property behind.
         const bool framed = windows[i].frame != windows[i].client;
-        description.bounds = frameRectangle(framed ? extents.get() : nullptr, origin.get(),
-                                            clientGeometry.get(), frameGeometry.get());
+        description.bounds =
+            frameRectangle(framed ? declaredExtents(extents.get()) : std::nullopt, origin.get(),
+                           clientGeometry.get(), frameGeometry.get());
         descriptions.push_back(description);
     }
     return descriptions;
@@ -585,10 +579,18 @@ std::optional<FrameExtents> X11WindowReader::frameExtentsFrom(
                         static_cast<int>(sizes[2]), static_cast<int>(sizes[3])};
 }
 
-Rect X11WindowReader::visibleFrame(Rect frameWindow, Rect decoratedClient) {
-    const bool decorationsStartAtTheCorner =
-        decoratedClient.x == frameWindow.x && decoratedClient.y == frameWindow.y;
-    return decorationsStartAtTheCorner ? frameWindow : decoratedClient;
+Rect X11WindowReader::visibleFrame(const xcb_translate_coordinates_reply_t& clientOrigin,
+                                   const xcb_get_geometry_reply_t& clientGeometry,
+                                   const FrameExtents& extents,
+                                   const xcb_get_geometry_reply_t& frameGeometry) {
+    const double border = clientGeometry.border_width;
+    const Rect decorated{clientOrigin.dst_x - border - extents.left,
+                         clientOrigin.dst_y - border - extents.top,
+                         clientGeometry.width + 2 * border + extents.left + extents.right,
+                         clientGeometry.height + 2 * border + extents.top + extents.bottom};
+    const Rect frame = outerGeometry(frameGeometry);
+    const bool decorationsStartAtTheCorner = decorated.x == frame.x && decorated.y == frame.y;
+    return decorationsStartAtTheCorner ? frame : decorated;
 }
 
 std::optional<xcb_window_t> X11WindowReader::frameWindowOf(xcb_window_t client) const {
@@ -628,8 +630,8 @@ std::optional<Rect> X11WindowReader::outerFrame(xcb_window_t client) const {
     // Decorations belong to a frame; a client that is the root's child has none, whatever
     // _NET_FRAME_EXTENTS says: a window manager that died leaves the property behind.
     const bool framed = *frame != client;
-    return frameRectangle(framed ? extents.get() : nullptr, origin.get(), geometry.get(),
-                          frameGeometry.get());
+    return frameRectangle(framed ? declaredExtents(extents.get()) : std::nullopt, origin.get(),
+                          geometry.get(), frameGeometry.get());
 }
 
 std::optional<std::vector<xcb_window_t>> X11WindowReader::clientList() const {

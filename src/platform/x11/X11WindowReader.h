@@ -68,12 +68,16 @@ class X11WindowReader {
     // The root's child holding the client (the window manager's frame), or the
     // client itself when nothing reparented it; nullopt when it vanished.
     std::optional<xcb_window_t> frameWindowOf(xcb_window_t client) const;
-    // The frame the user sees, from the frame window's outer rectangle and the
-    // client grown by its decorations. A window manager moves and resizes its
-    // frame window before the client inside, so the frame window is the current
-    // answer whenever the decorations start at its corner; a frame window that
-    // also holds invisible borders around them leaves the decorated client.
-    static Rect visibleFrame(Rect frameWindow, Rect decoratedClient);
+    // The frame the user sees, from the client's origin in root coordinates,
+    // its geometry and decorations, and its frame window's geometry. A window
+    // manager moves and resizes its frame window before the client inside, so
+    // the frame window is the current answer whenever the decorations start at
+    // its corner; a frame window that also holds invisible borders around them
+    // leaves the client grown by its decorations.
+    static Rect visibleFrame(const xcb_translate_coordinates_reply_t& clientOrigin,
+                             const xcb_get_geometry_reply_t& clientGeometry,
+                             const FrameExtents& extents,
+                             const xcb_get_geometry_reply_t& frameGeometry);
     // The client's decoration sizes: zero when it has none, nullopt when the
     // window vanished.
     std::optional<FrameExtents> frameExtents(xcb_window_t client) const;
