@@ -118,8 +118,6 @@ void DragSession::end() {
 void DragSession::start(std::shared_ptr<Gesture> gesture, Point mouse) {
     gesture->number = ++gesturesBegun_;
     gesture->samplesPointer = platform_.input.canSamplePointer();
-    gesture->moveKeys = settings_.moveModifiers();
-    gesture->resizeKeys = settings_.resizeModifiers();
     samplesPointer_ = gesture->samplesPointer;
     {
         // Published together with the starting pointer position, so that no
@@ -191,9 +189,7 @@ std::optional<Point> DragSession::pointerForTick(const std::shared_ptr<const Ges
         if (!sample) {
             return std::nullopt;
         }
-        // The main thread may not have seen the keys go up yet; the pointer
-        // moved after that belongs to no gesture.
-        if (!areGestureKeysHeld(*gesture, sample->flags)) {
+        if (sample->flags != seenModifiers_.load()) {
             return std::nullopt;
         }
         sampled = sample->location;
@@ -210,13 +206,6 @@ std::optional<Point> DragSession::pointerForTick(const std::shared_ptr<const Ges
         return sampled;
     }
     return latestMouse_.load();
-}
-
-bool DragSession::areGestureKeysHeld(const Gesture& gesture, std::uint64_t flags) {
-    auto held = [flags](const ModifierKeySet& keys) {
-        return !keys.isEmpty() && keys.matches(flags);
-    };
-    return held(gesture.moveKeys) || held(gesture.resizeKeys);
 }
 
 void DragSession::applyFirstMovementSetup(const Gesture& gesture) {

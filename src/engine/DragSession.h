@@ -10,7 +10,6 @@
 #include "engine/LatestMouse.h"
 #include "engine/ResizeCorner.h"
 #include "engine/SnapEdges.h"
-#include "model/ModifierKeySet.h"
 #include "platform/DisplayInfo.h"
 #include "platform/Platform.h"
 #include "platform/Rect.h"
@@ -56,6 +55,12 @@ class DragSession {
     // default). While off, the window stays where the last position put it
     // and the gesture goes on until it is ended. May be called from any thread.
     void setFollowingPointer(bool following) { followingPointer_.store(following); }
+    // The modifiers as the main thread last saw them change. A tick that reads
+    // the pointer applies it only when the modifiers read with it are these:
+    // otherwise a change is still on its way to the main thread (the keys let
+    // go, perhaps pressed again already for the next gesture), and the pointer
+    // belongs to whatever that change decides. May be called from any thread.
+    void noteModifiers(std::uint64_t flags) { seenModifiers_.store(flags); }
     ResizeCorner corner() const { return corner_; }
 
     // The frame for a corner dragged by (dx, dy): at least the minimum size, at
@@ -85,17 +90,12 @@ class DragSession {
         Rect screenBounds;
         bool bringToFront = false;
         bool samplesPointer = false;
-        // Either combination keeps a gesture going; a sample without them
-        // was read after the keys were let go.
-        ModifierKeySet moveKeys;
-        ModifierKeySet resizeKeys;
     };
 
     void start(std::shared_ptr<Gesture> gesture, Point mouse);
     void stopUpdateTimer();
     void applyLatestMouse();
     std::optional<Point> pointerForTick(const std::shared_ptr<const Gesture>& gesture);
-    static bool areGestureKeysHeld(const Gesture& gesture, std::uint64_t flags);
     void applyFirstMovementSetup(const Gesture& gesture);
     void cleanUpAfterGesture(std::int32_t pid);
     bool disableEnhancedUserInterface(std::int32_t pid);
@@ -104,6 +104,7 @@ class DragSession {
     Platform platform_;
     LatestMouse latestMouse_;
     std::atomic<bool> followingPointer_{true};
+    std::atomic<std::uint64_t> seenModifiers_{0};
 
     // Guards the published gesture; taken before latestMouse_'s own lock when both are needed.
     mutable std::mutex gestureMutex_;

@@ -87,6 +87,9 @@ const InputEvent& EventTapManager::handleEvent(const InputEvent& event) {
         }
         return event;
     }
+    if (event.type == InputEventType::flagsChanged) {
+        dragSession_->noteModifiers(event.flags);
+    }
     if (!settings_.isEnabled()) {
         return event;
     }

@@ -69,6 +69,7 @@ TEST_P(DragSessionConcurrencyTest, TicksNeverMixGesturesAndCleanUpsComeLast) {
     std::map<std::uint32_t, Target> targets;
     {
         DragSession session(settings, desktop.platform(realQueues));
+        session.noteModifiers(ModifierFlag::control | ModifierFlag::command);
         for (int i = 0; i < gestureCount; ++i) {
             Target t;
             t.pid = 10'000 + i;
