@@ -31,7 +31,7 @@ std::string describe(Rect r) {
 
 class EngineE2ETest : public X11DesktopTest {
   protected:
-    X11Desktop::Options desktopOptions() const override { return {1600, 1000, true}; }
+    X11Desktop::Options desktopOptions() const override { return {1600, 1000}; }
 
     void SetUp() override {
         X11DesktopTest::SetUp();
@@ -171,7 +171,7 @@ INSTANTIATE_TEST_SUITE_P(EveryCorner, ResizeE2ETest,
 // even though the pointer goes on into the other one.
 class TwoMonitorEngineE2ETest : public EngineE2ETest {
   protected:
-    X11Desktop::Options desktopOptions() const override { return {2400, 900, true}; }
+    X11Desktop::Options desktopOptions() const override { return {2400, 900}; }
 };
 
 TEST_F(TwoMonitorEngineE2ETest, ResizeStopsAtTheEdgeOfTheMonitorItStartedOn) {

@@ -186,7 +186,7 @@ class WindowManagerFaultTest : public FaultTest {
   protected:
     X11Desktop::Options desktopOptions() const override {
         X11Desktop::Options options;
-        options.windowManager = false;
+        options.windowManager = WindowManager::none;
         return options;
     }
 

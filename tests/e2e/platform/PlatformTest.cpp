@@ -67,7 +67,7 @@ TEST_F(PlatformTest, ALostConnectionIsReportedOnceAndNotPolledAgain) {
 // the primary one on the right, listed second.
 class TwoMonitorTest : public X11PlatformTest {
   protected:
-    X11Desktop::Options desktopOptions() const override { return {2560, 800, true}; }
+    X11Desktop::Options desktopOptions() const override { return {2560, 800}; }
 };
 
 TEST_F(TwoMonitorTest, ComePrimaryFirstAndADockStrutShrinksOnlyTheMonitorItTouches) {

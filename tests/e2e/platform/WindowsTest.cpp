@@ -228,7 +228,7 @@ TEST_F(WindowsTest, HandlesWorkFromAnotherThreadWhileInputIsRead) {
 // Without a window manager the backend changes the windows itself.
 class WithoutWindowManagerTest : public WindowsTest {
   protected:
-    X11Desktop::Options desktopOptions() const override { return {1280, 800, false}; }
+    X11Desktop::Options desktopOptions() const override { return {1280, 800, WindowManager::none}; }
 };
 
 TEST_F(WithoutWindowManagerTest, WindowsAreMovedResizedAndRaisedDirectly) {

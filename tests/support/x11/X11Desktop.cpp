@@ -45,6 +45,31 @@ constexpr const char* kOpenboxConfig = R"(<?xml version="1.0" encoding="UTF-8"?>
 </openbox_config>
 )";
 
+// The others, likewise: no task bar or toolbar (a panel would shrink the work
+// area), no key bindings, no snapping or resistance of their own.
+constexpr const char* kIcewmPreferences = R"(ShowTaskBar=0
+Win95Keys=0
+ModSuperIsCtrlAlt=0
+ClickToFocus=1
+FocusOnMap=1
+EdgeSwitch=0
+HorizontalEdgeSwitch=0
+VerticalEdgeSwitch=0
+SnapMove=0
+SnapDistance=0
+EdgeResistance=0
+WorkspaceNames=" 1 "
+)";
+
+constexpr const char* kFluxboxInit = R"(session.screen0.toolbar.visible: false
+session.screen0.slit.autoHide: true
+session.screen0.workspaces: 1
+session.screen0.edgeSnapThreshold: 0
+session.screen0.focusModel: ClickFocus
+session.screen0.windowPlacement: RowSmartPlacement
+session.styleFile: /usr/share/fluxbox/styles/Emerge
+)";
+
 // WM_SIZE_HINTS flags.
 constexpr std::uint32_t kUserPosition = 1u << 0;
 constexpr std::uint32_t kUserSize = 1u << 1;
@@ -99,6 +124,7 @@ X11Desktop::X11Desktop() = default;
 X11Desktop::~X11Desktop() {
     clients_.clear();
     windowManager_.reset();
+    sessionBus_.reset();
     probe_.reset();
     input_.reset();
     connection_.reset();
@@ -107,6 +133,31 @@ X11Desktop::~X11Desktop() {
         std::error_code ignored;
         std::filesystem::remove_all(directory_, ignored);
     }
+}
+
+const char* nameOf(WindowManager windowManager) {
+    switch (windowManager) {
+        case WindowManager::none:
+            return "none";
+        case WindowManager::openbox:
+            return "openbox";
+        case WindowManager::xfwm4:
+            return "xfwm4";
+        case WindowManager::xfwm4Compositing:
+            return "xfwm4Compositing";
+        case WindowManager::icewm:
+            return "icewm";
+        case WindowManager::fluxbox:
+            return "fluxbox";
+    }
+    return "unknown";
+}
+
+const std::vector<WindowManager>& everyWindowManager() {
+    static const std::vector<WindowManager> all{
+        WindowManager::openbox, WindowManager::xfwm4,   WindowManager::xfwm4Compositing,
+        WindowManager::icewm,   WindowManager::fluxbox, WindowManager::none};
+    return all;
 }
 
 std::unique_ptr<X11Desktop> X11Desktop::start(const Options& options, std::string* error) {
@@ -125,7 +176,7 @@ std::unique_ptr<X11Desktop> X11Desktop::start(const Options& options, std::strin
     if (!desktop->startServer(options, error)) {
         return nullptr;
     }
-    if (options.windowManager && !desktop->startWindowManager(error)) {
+    if (!desktop->startWindowManager(options.windowManager, error)) {
         *error += "\n" + desktop->logTail();
         return nullptr;
     }
@@ -174,28 +225,95 @@ bool X11Desktop::startServer(const Options& options, std::string* error) {
     return true;
 }
 
-bool X11Desktop::startWindowManager(std::string* error) {
-    const std::filesystem::path config = directory_ / "rc.xml";
-    std::ofstream(config) << kOpenboxConfig;
-    ChildProcess::Options openbox;
-    openbox.arguments = {"openbox", "--config-file", config.string(), "--sm-disable"};
-    openbox.environment = clientEnvironment();
-    openbox.environment.emplace_back("XDG_CONFIG_HOME", (directory_ / "config").string());
-    openbox.environment.emplace_back("XDG_CACHE_HOME", (directory_ / "cache").string());
-    // Its theme comes from the system's data directories, whatever a test
-    // points the variables at for its own purposes.
-    openbox.environment.emplace_back("XDG_DATA_HOME", (directory_ / "data").string());
-    openbox.environment.emplace_back("XDG_DATA_DIRS", "/usr/local/share:/usr/share");
-    openbox.outputFile = (directory_ / "openbox.log").string();
-    windowManager_ = ChildProcess::start(openbox, error);
+ChildProcess::Options X11Desktop::windowManagerProcess(WindowManager windowManager) const {
+    ChildProcess::Options process;
+    process.environment = clientEnvironment();
+    // Each keeps its settings and caches in the desktop's directory; their
+    // themes come from the system's data directories, whatever a test points
+    // the variables at for its own purposes.
+    process.environment.insert(process.environment.end(),
+                               {{"HOME", directory_.string()},
+                                {"XDG_CONFIG_HOME", (directory_ / "config").string()},
+                                {"XDG_CONFIG_DIRS", (directory_ / "config-dirs").string()},
+                                {"XDG_CACHE_HOME", (directory_ / "cache").string()},
+                                {"XDG_DATA_HOME", (directory_ / "data").string()},
+                                {"XDG_DATA_DIRS", "/usr/local/share:/usr/share"}});
+    process.outputFile = (directory_ / "window-manager.log").string();
+    switch (windowManager) {
+        case WindowManager::openbox: {
+            const std::filesystem::path config = directory_ / "rc.xml";
+            std::ofstream(config) << kOpenboxConfig;
+            process.arguments = {"openbox", "--config-file", config.string(), "--sm-disable"};
+            break;
+        }
+        case WindowManager::xfwm4:
+        case WindowManager::xfwm4Compositing:
+            process.arguments = {
+                "xfwm4", "--sm-client-disable",
+                windowManager == WindowManager::xfwm4 ? "--compositor=off" : "--compositor=on"};
+            break;
+        case WindowManager::icewm: {
+            const std::filesystem::path config = directory_ / "icewm";
+            std::filesystem::create_directories(config);
+            std::ofstream(config / "preferences") << kIcewmPreferences;
+            process.environment.emplace_back("ICEWM_PRIVCFG", config.string());
+            process.arguments = {"icewm", "--config=" + (config / "preferences").string()};
+            break;
+        }
+        case WindowManager::fluxbox: {
+            const std::filesystem::path init = directory_ / "fluxbox-init";
+            std::ofstream(directory_ / "fluxbox-keys");
+            std::ofstream(directory_ / "fluxbox-apps");
+            std::ofstream(init) << "session.keyFile: " << (directory_ / "fluxbox-keys").string()
+                                << "\nsession.appsFile: " << (directory_ / "fluxbox-apps").string()
+                                << "\n"
+                                << kFluxboxInit;
+            process.arguments = {"fluxbox", "-rc", init.string()};
+            break;
+        }
+        case WindowManager::none:
+            break;
+    }
+    return process;
+}
+
+bool X11Desktop::startSessionBus(std::string* error) {
+    const std::filesystem::path socket = directory_ / "session-bus";
+    ChildProcess::Options bus;
+    bus.arguments = {"dbus-daemon", "--session", "--nofork", "--nopidfile",
+                     "--address=unix:path=" + socket.string()};
+    bus.outputFile = (directory_ / "session-bus.log").string();
+    sessionBus_ = ChildProcess::start(bus, error);
+    if (!sessionBus_) {
+        return false;
+    }
+    if (!waitUntil([&] { return std::filesystem::exists(socket); }, kServerStartTimeout)) {
+        *error = "the private session bus did not start";
+        return false;
+    }
+    sessionBusAddress_ = "unix:path=" + socket.string();
+    return true;
+}
+
+bool X11Desktop::startWindowManager(WindowManager windowManager, std::string* error) {
+    // xfwm4 reads its settings over D-Bus, and GTK clients look for services
+    // there: a private bus keeps both away from whatever session runs the tests.
+    if (!startSessionBus(error)) {
+        return false;
+    }
+    if (windowManager == WindowManager::none) {
+        return true;
+    }
+    windowManager_ = ChildProcess::start(windowManagerProcess(windowManager), error);
     if (!windowManager_) {
         return false;
     }
     if (!waitUntilManaging()) {
-        *error = "openbox did not start managing windows";
+        *error = std::string(nameOf(windowManager)) + " did not start managing windows";
         return false;
     }
     managed_ = true;
+    windowManagerKind_ = windowManager;
     return true;
 }
 
@@ -231,12 +349,16 @@ void X11Desktop::killServer() {
 }
 
 std::vector<std::pair<std::string, std::string>> X11Desktop::clientEnvironment() const {
-    return {{"DISPLAY", displayName_}};
+    std::vector<std::pair<std::string, std::string>> environment{{"DISPLAY", displayName_}};
+    if (!sessionBusAddress_.empty()) {
+        environment.emplace_back("DBUS_SESSION_BUS_ADDRESS", sessionBusAddress_);
+    }
+    return environment;
 }
 
 std::string X11Desktop::logTail() const {
     std::string text;
-    for (const char* log : {"xvfb.log", "openbox.log"}) {
+    for (const char* log : {"xvfb.log", "window-manager.log"}) {
         const std::filesystem::path file = directory_ / log;
         if (std::filesystem::exists(file)) {
             text += std::string(log) + ":\n" + tail(file, 10);
@@ -267,10 +389,18 @@ void X11Desktop::waitForWindow(WindowId window, bool managed,
 
 TestClient& X11Desktop::startClient(const std::vector<std::string>& arguments,
                                     std::optional<std::pair<int, int>> framePosition) {
-    auto client = std::make_unique<TestClient>();
     ChildProcess::Options options;
     options.arguments = arguments;
+    return startClient(options, framePosition);
+}
+
+TestClient& X11Desktop::startClient(ChildProcess::Options options,
+                                    std::optional<std::pair<int, int>> framePosition) {
+    auto client = std::make_unique<TestClient>();
+    const std::vector<std::string>& arguments = options.arguments;
+    const auto own = options.environment;
     options.environment = clientEnvironment();
+    options.environment.insert(options.environment.end(), own.begin(), own.end());
     options.outputFile = (directory_ / (arguments.front() + ".log")).string();
     std::string error;
     client->process = ChildProcess::start(options, &error);
@@ -299,6 +429,22 @@ TestClient& X11Desktop::startXlogo(int x, int y, int width, int height) {
     const std::string geometry = std::to_string(width) + "x" + std::to_string(height) + "+" +
                                  std::to_string(x) + "+" + std::to_string(y);
     return startClient({"xlogo", "-geometry", geometry}, std::pair{x, y});
+}
+
+TestClient& X11Desktop::startGtkApplication(int gtkVersion) {
+    ChildProcess::Options options;
+    options.arguments = {gtkVersion == 4 ? "gtk4-demo" : "gtk3-demo"};
+    options.environment = {// Drawn in software and without the accessibility bus, which Xvfb
+                           // sessions lack; everything it writes stays in the desktop's directory.
+                           {"GDK_BACKEND", "x11"},
+                           {"GSK_RENDERER", "cairo"},
+                           {"NO_AT_BRIDGE", "1"},
+                           {"GTK_A11Y", "none"},
+                           {"HOME", directory_.string()},
+                           {"XDG_CONFIG_HOME", (directory_ / "config").string()},
+                           {"XDG_CACHE_HOME", (directory_ / "cache").string()},
+                           {"XDG_DATA_HOME", (directory_ / "data").string()}};
+    return startClient(options);
 }
 
 TestClient& X11Desktop::startXterm(int x, int y, int columns, int rows) {

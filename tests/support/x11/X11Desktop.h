@@ -47,19 +47,34 @@ struct TestWindowOptions {
     std::optional<StrutPartial> strut;
 };
 
-// A private X server (Xvfb, display picked with -displayfd) with openbox and
-// the clients a test starts, all stopped when the object goes. Every process
-// gets its own, so tests run in parallel.
+// The window managers the desktop can run, each configured so that it grabs
+// no keys of its own and places windows exactly where they ask to be.
+enum class WindowManager {
+    none,
+    openbox,
+    xfwm4,             // compositor off: decorations only
+    xfwm4Compositing,  // compositor on: GTK draws its own decorations and shadows
+    icewm,
+    fluxbox,
+};
+const char* nameOf(WindowManager windowManager);
+// Every window manager above, none included, for suites that run on each.
+const std::vector<WindowManager>& everyWindowManager();
+
+// A private X server (Xvfb, display picked with -displayfd) with a window
+// manager and the clients a test starts, all stopped when the object goes.
+// Every process gets its own, so tests run in parallel.
 class X11Desktop {
   public:
     struct Options {
         int width = 1280;
         int height = 800;
-        bool windowManager = true;  // start openbox and wait until it manages windows
+        // Started before start() returns, which waits until it manages windows.
+        WindowManager windowManager = WindowManager::openbox;
     };
 
-    // Returns once the server runs and openbox manages windows; nullptr with
-    // a reason (and the logs' tails) when that fails.
+    // Returns once the server runs and the window manager manages windows;
+    // nullptr with a reason (and the logs' tails) when that fails.
     static std::unique_ptr<X11Desktop> start(const Options& options, std::string* error);
 
     X11Desktop();
@@ -68,6 +83,7 @@ class X11Desktop {
     ~X11Desktop();
 
     const std::string& displayName() const { return displayName_; }  // ":N"
+    WindowManager windowManager() const { return windowManagerKind_; }
     xcb_connection_t* connection() const { return connection_.get(); }
     WindowId root() const { return root_; }
     // A temporary directory removed with the desktop; logs are kept there.
@@ -82,7 +98,13 @@ class X11Desktop {
     // a place was given, at that place. They throw std::runtime_error on failure.
     TestClient& startXlogo(int x, int y, int width, int height);
     TestClient& startXterm(int x, int y, int columns = 80, int rows = 24);
+    // A GTK application (major version 3 or 4) that draws its own title bar
+    // and, under a compositor, its shadow; placed where the window manager likes.
+    TestClient& startGtkApplication(int gtkVersion);
     TestClient& startClient(const std::vector<std::string>& arguments,
+                            std::optional<std::pair<int, int>> framePosition = std::nullopt);
+    // The same with the process's own options: its environment is added to the desktop's.
+    TestClient& startClient(ChildProcess::Options options,
                             std::optional<std::pair<int, int>> framePosition = std::nullopt);
     // Ends the program and waits until its window is gone.
     void killClient(TestClient& client);
@@ -109,7 +131,9 @@ class X11Desktop {
     };
 
     bool startServer(const Options& options, std::string* error);
-    bool startWindowManager(std::string* error);
+    bool startWindowManager(WindowManager windowManager, std::string* error);
+    bool startSessionBus(std::string* error);
+    ChildProcess::Options windowManagerProcess(WindowManager windowManager) const;
     bool waitUntilManaging();
     void waitForWindow(WindowId window, bool managed,
                        std::optional<std::pair<int, int>> framePosition, const std::string& what);
@@ -118,7 +142,10 @@ class X11Desktop {
 
     std::filesystem::path directory_;
     std::unique_ptr<ChildProcess> server_;
+    std::unique_ptr<ChildProcess> sessionBus_;
+    std::string sessionBusAddress_;
     std::unique_ptr<ChildProcess> windowManager_;
+    WindowManager windowManagerKind_ = WindowManager::none;
     std::unique_ptr<xcb_connection_t, Disconnect> connection_;
     WindowId root_ = 0;
     std::string displayName_;
