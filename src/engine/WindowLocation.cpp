@@ -31,14 +31,13 @@ std::optional<LocatedWindow> locateWindowWithWindowServer(Platform& platform, Po
         return std::nullopt;
     }
     const std::int32_t pid = *found->ownerPid;
-    auto bundleIdentifier = platform.applications.identifierOfProcess(pid);
     const Rect frame = found->bounds.value_or(Rect{});
     auto handle = findWindowHandle(platform.windowControl, pid, found->windowNumber);
     if (!handle) {
         return std::nullopt;
     }
     return LocatedWindow{pid, found->windowNumber, std::move(handle), frame,
-                         std::move(bundleIdentifier)};
+                         found->applicationIdentifier};
 }
 
 std::optional<LocatedWindow> locateWindowWithWindowList(Platform& platform, Point point) {
@@ -49,13 +48,12 @@ std::optional<LocatedWindow> locateWindowWithWindowList(Platform& platform, Poin
             continue;
         }
         const std::int32_t pid = *window.ownerPid;
-        auto bundleIdentifier = platform.applications.identifierOfProcess(pid);
         auto handle = findWindowHandle(platform.windowControl, pid, window.windowNumber);
         if (!handle) {
             continue;
         }
         return LocatedWindow{pid, window.windowNumber, std::move(handle), *window.bounds,
-                             std::move(bundleIdentifier)};
+                             window.applicationIdentifier};
     }
     return std::nullopt;
 }

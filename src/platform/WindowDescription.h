@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 
 #include "platform/Rect.h"
 
@@ -10,10 +11,13 @@ namespace gf {
 // What the window server tells about one on-screen window. A field the
 // platform could not read is absent, and the engine decides what that means.
 struct WindowDescription {
-    std::uint32_t windowNumber = 0;     // the window server's number; never 0 for a real window
+    std::uint32_t windowNumber = 0;  // the window server's number; never 0 for a real window
     std::optional<std::int32_t> ownerPid;
-    std::optional<int> layer;           // see WindowLayer
-    std::optional<Rect> bounds;         // outer frame, global top-left coordinates
+    std::optional<int> layer;    // see WindowLayer
+    std::optional<Rect> bounds;  // outer frame, global top-left coordinates
+    // The application this very window belongs to, as the ignore list names it. One process may
+    // show windows of several applications, so the window is asked, not its process.
+    std::optional<std::string> applicationIdentifier;
 
     friend bool operator==(const WindowDescription&, const WindowDescription&) = default;
 };

@@ -12,7 +12,7 @@ namespace {
 
 using AtomField = xcb_atom_t X11Atoms::*;
 
-constexpr std::array<std::pair<const char*, AtomField>, 33> kAtomNames{{
+constexpr std::array<std::pair<const char*, AtomField>, 34> kAtomNames{{
     {"WM_STATE", &X11Atoms::wmState},
     {"UTF8_STRING", &X11Atoms::utf8String},
     {"_NET_SUPPORTING_WM_CHECK", &X11Atoms::netSupportingWmCheck},
@@ -21,6 +21,7 @@ constexpr std::array<std::pair<const char*, AtomField>, 33> kAtomNames{{
     {"_NET_MOVERESIZE_WINDOW", &X11Atoms::netMoveResizeWindow},
     {"_NET_RESTACK_WINDOW", &X11Atoms::netRestackWindow},
     {"_NET_FRAME_EXTENTS", &X11Atoms::netFrameExtents},
+    {"_GTK_FRAME_EXTENTS", &X11Atoms::gtkFrameExtents},
     {"_NET_WM_PID", &X11Atoms::netWmPid},
     {"_NET_WM_NAME", &X11Atoms::netWmName},
     {"_NET_WM_ICON", &X11Atoms::netWmIcon},

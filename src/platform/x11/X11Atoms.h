@@ -17,6 +17,7 @@ struct X11Atoms {
     xcb_atom_t netMoveResizeWindow = XCB_ATOM_NONE;
     xcb_atom_t netRestackWindow = XCB_ATOM_NONE;
     xcb_atom_t netFrameExtents = XCB_ATOM_NONE;
+    xcb_atom_t gtkFrameExtents = XCB_ATOM_NONE;
     xcb_atom_t netWmPid = XCB_ATOM_NONE;
     xcb_atom_t netWmName = XCB_ATOM_NONE;
     xcb_atom_t netWmIcon = XCB_ATOM_NONE;

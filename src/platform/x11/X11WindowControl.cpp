@@ -27,8 +27,8 @@ std::optional<std::vector<std::shared_ptr<WindowHandle>>> X11WindowControl::wind
     std::vector<std::shared_ptr<WindowHandle>> handles;
     for (std::size_t i = 0; i < owned.size(); ++i) {
         if (layers[i] >= WindowLayer::normal && layers[i] < WindowLayer::dock) {
-            handles.push_back(std::make_shared<X11WindowHandle>(connection_, reader_,
-                                                                owned[i].client, managedByEwmh));
+            handles.push_back(std::make_shared<X11WindowHandle>(
+                connection_, reader_, restackPolicy_, owned[i].client, managedByEwmh));
         }
     }
     return handles;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/WindowControl.h"
+#include "platform/x11/X11RestackPolicy.h"
 
 namespace gf {
 
@@ -13,6 +14,8 @@ class X11WindowControl final : public WindowControl {
   public:
     X11WindowControl(const XcbConnection& connection, const X11WindowReader& reader)
         : connection_(connection), reader_(reader) {}
+    X11WindowControl(const X11WindowControl&) = delete;
+    X11WindowControl& operator=(const X11WindowControl&) = delete;
 
     // The process's managed windows in mapping order, docks and desktop
     // backgrounds left out since they are never moved.
@@ -26,6 +29,8 @@ class X11WindowControl final : public WindowControl {
   private:
     const XcbConnection& connection_;
     const X11WindowReader& reader_;
+    // Shared by every handle: what one raise learnt of the window manager serves all others.
+    X11RestackPolicy restackPolicy_;
 };
 
 }  // namespace gf

@@ -3,9 +3,7 @@
 #include <xcb/xcbext.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
-#include <thread>
 
 #include "platform/x11/X11WindowReader.h"
 #include "platform/x11/XcbConnection.h"
@@ -25,11 +23,6 @@ constexpr std::uint32_t kSizeHintsMinSize = 1u << 4;
 constexpr std::uint32_t kSizeHintsMaxSize = 1u << 5;
 constexpr std::uint32_t kSizeHintsFields = 18;
 
-// How long a raise waits for the window manager to carry out a restack before
-// it concludes that the request was ignored.
-constexpr auto kRestackPollInterval = std::chrono::milliseconds(2);
-constexpr int kRestackPolls = 50;
-
 std::int32_t toPixels(double value) {
     return static_cast<std::int32_t>(std::lround(value));
 }
@@ -37,8 +30,13 @@ std::int32_t toPixels(double value) {
 }  // namespace
 
 X11WindowHandle::X11WindowHandle(const XcbConnection& connection, const X11WindowReader& reader,
-                                 xcb_window_t client, bool managedByEwmh)
-    : connection_(connection), reader_(reader), client_(client), managedByEwmh_(managedByEwmh) {}
+                                 X11RestackPolicy& restackPolicy, xcb_window_t client,
+                                 bool managedByEwmh)
+    : connection_(connection),
+      reader_(reader),
+      restackPolicy_(restackPolicy),
+      client_(client),
+      managedByEwmh_(managedByEwmh) {}
 
 std::optional<Point> X11WindowHandle::position() {
     if (auto frame = reader_.outerFrame(client_)) {
@@ -75,58 +73,32 @@ std::optional<bool> X11WindowHandle::isSizeSettable() {
 
 X11WindowHandle::~X11WindowHandle() {
     if (pendingRead_) {
-        xcb_connection_t* c = connection_.get();
-        xcb_discard_reply(c, pendingRead_->geometry.sequence);
-        xcb_discard_reply(c, pendingRead_->origin.sequence);
-        xcb_discard_reply(c, pendingRead_->frameGeometry.sequence);
-        xcb_discard_reply(c, pendingRead_->extents.sequence);
+        reader_.discardFrameGeometry(*pendingRead_);
     }
 }
 
-std::optional<X11WindowHandle::PlacementCookies> X11WindowHandle::requestPlacement() {
+std::optional<X11WindowReader::FrameGeometryCookies> X11WindowHandle::requestPlacement() {
     if (!frameWindow_) {
         frameWindow_ = reader_.frameWindowOf(client_);
         if (!frameWindow_) {
             return std::nullopt;  // the window vanished
         }
     }
-    xcb_connection_t* c = connection_.get();
-    return PlacementCookies{xcb_get_geometry(c, client_),
-                            xcb_translate_coordinates(c, client_, connection_.root(), 0, 0),
-                            xcb_get_geometry(c, *frameWindow_),
-                            reader_.requestFrameExtents(client_)};
+    return reader_.requestFrameGeometry({*frameWindow_, client_, false});
 }
 
-std::optional<X11WindowHandle::Placement> X11WindowHandle::collectPlacement(
-    const PlacementCookies& cookies, const xcb_get_property_reply_t* extents) {
-    xcb_connection_t* c = connection_.get();
-    auto geometry = xcbReply(c, xcb_get_geometry_reply, cookies.geometry);
-    auto origin = xcbReply(c, xcb_translate_coordinates_reply, cookies.origin);
-    auto frameGeometry = xcbReply(c, xcb_get_geometry_reply, cookies.frameGeometry);
+std::optional<X11FrameGeometry> X11WindowHandle::collectPlacement(
+    const X11WindowReader::FrameGeometryCookies& cookies, const xcb_get_property_reply_t* shadow) {
+    std::optional<X11FrameGeometry> geometry = reader_.collectFrameGeometry(cookies, shadow);
     // Nobody reads this connection's events; errors of requests sent without
     // a check would otherwise pile up in its queue.
     connection_.discardQueuedEvents();
-    const std::optional<FrameExtents> frameExtents = reader_.frameExtentsFrom(extents);
-    if (!geometry || !origin || !frameGeometry || !frameExtents) {
+    if (!geometry) {
         // The window vanished, or the window manager framed it anew: the next
         // read looks for its frame again.
         frameWindow_.reset();
-        return std::nullopt;
     }
-    // Without a window manager nothing frames the window; the extents a dead one set stay behind
-    // on the client and would shift every write by its decorations.
-    const FrameExtents decorations = managedByEwmh_ ? *frameExtents : FrameExtents{};
-    const double border = geometry->border_width;
-    Size client{static_cast<double>(geometry->width), static_cast<double>(geometry->height)};
-    if (*frameWindow_ != client_) {
-        // The window manager may have resized the frame and not yet the client
-        // inside: the size the frame shows is the one a position request keeps.
-        const Rect visible =
-            X11WindowReader::visibleFrame(*origin, *geometry, decorations, *frameGeometry);
-        client = {visible.width - decorations.left - decorations.right - 2 * border,
-                  visible.height - decorations.top - decorations.bottom - 2 * border};
-    }
-    return Placement{{client, border}, decorations};
+    return geometry;
 }
 
 // A drag writes 125 times a second, and a write that waited for a read
@@ -135,21 +107,21 @@ std::optional<X11WindowHandle::Placement> X11WindowHandle::collectPlacement(
 // next tick comes, and it is at most one tick old. Only the first write of a
 // handle waits. A window that vanished is noticed one write later; that write
 // went to a window manager that ignores requests for unknown windows.
-std::optional<X11WindowHandle::Placement> X11WindowHandle::placementForWrite() {
+std::optional<X11FrameGeometry> X11WindowHandle::placementForWrite() {
     std::lock_guard lock(readMutex_);
     if (pendingRead_) {
-        // The extents were asked last: once they are here, so is the rest.
-        void* extentsReply = nullptr;
-        xcb_generic_error_t* extentsError = nullptr;
-        const bool arrived = xcb_poll_for_reply(connection_.get(), pendingRead_->extents.sequence,
-                                                &extentsReply, &extentsError) != 0;
-        XcbPointer<xcb_get_property_reply_t> extents(
-            static_cast<xcb_get_property_reply_t*>(extentsReply));
-        XcbPointer<xcb_generic_error_t> dropped(extentsError);
+        // The shadow was asked last: once it is here, so is the rest.
+        void* shadowReply = nullptr;
+        xcb_generic_error_t* shadowError = nullptr;
+        const bool arrived = xcb_poll_for_reply(connection_.get(), pendingRead_->shadow.sequence,
+                                                &shadowReply, &shadowError) != 0;
+        XcbPointer<xcb_get_property_reply_t> shadow(
+            static_cast<xcb_get_property_reply_t*>(shadowReply));
+        XcbPointer<xcb_generic_error_t> dropped(shadowError);
         if (arrived) {
-            const PlacementCookies cookies = *pendingRead_;
+            const X11WindowReader::FrameGeometryCookies cookies = *pendingRead_;
             pendingRead_.reset();
-            knownPlacement_ = collectPlacement(cookies, extents.get());
+            knownPlacement_ = collectPlacement(cookies, shadow.get());
             if (!knownPlacement_) {
                 return std::nullopt;
             }
@@ -157,12 +129,12 @@ std::optional<X11WindowHandle::Placement> X11WindowHandle::placementForWrite() {
         // Not yet arrived: asked by the write just before (a resize writes
         // position and size in a row), whose placement serves this one too.
     } else if (!knownPlacement_) {
-        const std::optional<PlacementCookies> cookies = requestPlacement();
+        const auto cookies = requestPlacement();
         if (!cookies) {
             return std::nullopt;
         }
-        auto extents = xcbReply(connection_.get(), xcb_get_property_reply, cookies->extents);
-        knownPlacement_ = collectPlacement(*cookies, extents.get());
+        auto shadow = xcbReply(connection_.get(), xcb_get_property_reply, cookies->shadow);
+        knownPlacement_ = collectPlacement(*cookies, shadow.get());
         if (!knownPlacement_) {
             return std::nullopt;
         }
@@ -182,16 +154,17 @@ void X11WindowHandle::readAheadAndFlush() {
 }
 
 bool X11WindowHandle::setPosition(Point topLeft) {
-    const std::optional<Placement> current = placementForWrite();
+    const std::optional<X11FrameGeometry> current = placementForWrite();
     if (!current) {
         return false;
     }
-    Size size = current->client.size;
+    Size size = current->clientSize();
     {
         std::lock_guard lock(mutex_);
         size = requestedClientSize_.value_or(size);
     }
-    const Point frameTopLeft{std::round(topLeft.x), std::round(topLeft.y)};
+    const Point visibleTopLeft{std::round(topLeft.x), std::round(topLeft.y)};
+    const Point frameTopLeft = current->decoratedCornerFor(visibleTopLeft);
     if (!isRequestRepeated(frameTopLeft, size)) {
         if (!requestFrame(frameTopLeft, size)) {
             return false;
@@ -205,35 +178,27 @@ bool X11WindowHandle::setPosition(Point topLeft) {
 }
 
 bool X11WindowHandle::setSize(Size size) {
-    const std::optional<Placement> current = placementForWrite();
+    const std::optional<X11FrameGeometry> current = placementForWrite();
     if (!current) {
         return false;
     }
-    std::optional<Point> topLeft;
+    std::optional<Point> frameTopLeft;
     {
         std::lock_guard lock(mutex_);
-        topLeft = requestedFramePosition_;
+        frameTopLeft = requestedFramePosition_;
     }
-    if (!topLeft) {
-        topLeft = position();
+    if (!frameTopLeft) {
+        frameTopLeft = current->decoratedFrame().origin();
     }
-    if (!topLeft) {
-        return false;
-    }
-    // The frame's size is asked for; the client gets it minus the decorations
-    // and its own border (which only unmanaged windows keep).
-    const FrameExtents& extents = current->extents;
-    const double border = 2 * current->client.borderWidth;
-    const Size client{
-        std::max(1.0, std::round(size.width) - extents.left - extents.right - border),
-        std::max(1.0, std::round(size.height) - extents.top - extents.bottom - border)};
-    if (!isRequestRepeated(*topLeft, client)) {
-        if (!requestFrame(*topLeft, client)) {
+    const Size visibleSize{std::round(size.width), std::round(size.height)};
+    const Size client = current->clientSizeFor(visibleSize);
+    if (!isRequestRepeated(*frameTopLeft, client)) {
+        if (!requestFrame(*frameTopLeft, client)) {
             return false;
         }
         std::lock_guard lock(mutex_);
         requestedClientSize_ = client;
-        lastRequest_ = {*topLeft, client};
+        lastRequest_ = {*frameTopLeft, client};
     }
     readAheadAndFlush();
     return true;
@@ -287,7 +252,7 @@ bool X11WindowHandle::raise() {
     });
     if (self == stacked->end()) {
         // Not on the screen (or gone): nothing to compare the result with.
-        return reader_.frameExtents(client_).has_value() && requestRaise();
+        return reader_.exists(client_) && requestRaise();
     }
     // Windows in front that share this window's layer or a lower one are the
     // ones a successful raise must put behind it; docks and menus stay in front.
@@ -300,15 +265,34 @@ bool X11WindowHandle::raise() {
             blockers.push_back(inFrontAndSelf[i].frame);
         }
     }
+    if (blockers.empty()) {
+        return true;  // already in front
+    }
+    const std::optional<xcb_window_t> windowManager =
+        managedByEwmh_ ? reader_.ewmhWindowManager() : std::nullopt;
+    // Without a window manager the server restacks at once, and every window manager restacks
+    // the window that has the focus.
+    if (!windowManager || reader_.activeWindow() == client_) {
+        return requestRaise();
+    }
+    switch (restackPolicy_.verdictFor(*windowManager)) {
+        case X11RestackPolicy::Verdict::ignored:
+            return activate();
+        case X11RestackPolicy::Verdict::honoured:
+            return requestRaise();
+        case X11RestackPolicy::Verdict::unknown:
+            break;
+    }
     if (!requestRaise()) {
         return false;
     }
-    if (blockers.empty() || waitUntilAbove(self->frame, blockers)) {
-        return true;
-    }
-    // Some window managers ignore restack requests for windows without focus;
-    // activation raises the window there, at the cost of focusing it.
-    return activate();
+    restackPolicy_.watch(
+        *windowManager,
+        [&reader = reader_, frame = self->frame, blockers] {
+            return reader.isInFrontOf(frame, blockers);
+        },
+        [&connection = connection_, client = client_] { activate(connection, client, true); });
+    return true;
 }
 
 bool X11WindowHandle::requestRaise() {
@@ -323,46 +307,27 @@ bool X11WindowHandle::requestRaise() {
                                                      XCB_CONFIG_WINDOW_STACK_MODE, &mode));
 }
 
-bool X11WindowHandle::waitUntilAbove(xcb_window_t frame,
-                                     const std::vector<xcb_window_t>& others) const {
-    xcb_connection_t* c = connection_.get();
-    for (int poll = 0; poll < kRestackPolls; ++poll) {
-        auto tree = xcbReply(c, xcb_query_tree_reply, xcb_query_tree(c, connection_.root()));
-        if (!tree) {
-            return false;
-        }
-        const xcb_window_t* begin = xcb_query_tree_children(tree.get());
-        const xcb_window_t* end = begin + xcb_query_tree_children_length(tree.get());
-        const xcb_window_t* own = std::find(begin, end, frame);
-        if (own == end) {
-            return false;
-        }
-        // Children are listed bottom to top: every other window must come first.
-        const bool above = std::none_of(own + 1, end, [&others](xcb_window_t window) {
-            return std::find(others.begin(), others.end(), window) != others.end();
-        });
-        if (above) {
-            return true;
-        }
-        std::this_thread::sleep_for(kRestackPollInterval);
-    }
-    return false;
-}
-
+// X11 knows no main window of an application apart from the one with the focus, and the focus
+// stays where the user left it: the raise before has already put the window in front.
 bool X11WindowHandle::makeMain() {
-    return reader_.frameExtents(client_).has_value() && activate();
+    return reader_.exists(client_);
 }
 
 bool X11WindowHandle::activate() {
-    if (managedByEwmh_) {
-        return connection_.sendToWindowManager(
-            client_, connection_.atoms().netActiveWindow,
+    return activate(connection_, client_, managedByEwmh_);
+}
+
+bool X11WindowHandle::activate(const XcbConnection& connection, xcb_window_t client,
+                               bool managedByEwmh) {
+    if (managedByEwmh) {
+        return connection.sendToWindowManager(
+            client, connection.atoms().netActiveWindow,
             {kSourceIndicationTool, XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0});
     }
-    xcb_connection_t* c = connection_.get();
+    xcb_connection_t* c = connection.get();
     const std::uint32_t mode = XCB_STACK_MODE_ABOVE;
-    auto restack = xcb_configure_window_checked(c, client_, XCB_CONFIG_WINDOW_STACK_MODE, &mode);
-    auto focus = xcb_set_input_focus_checked(c, XCB_INPUT_FOCUS_PARENT, client_, XCB_CURRENT_TIME);
+    auto restack = xcb_configure_window_checked(c, client, XCB_CONFIG_WINDOW_STACK_MODE, &mode);
+    auto focus = xcb_set_input_focus_checked(c, XCB_INPUT_FOCUS_PARENT, client, XCB_CURRENT_TIME);
     const bool restacked = xcbSucceeded(c, restack);
     return xcbSucceeded(c, focus) && restacked;
 }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/WindowHandle.h"
+#include "platform/x11/X11RestackPolicy.h"
 #include "platform/x11/X11WindowReader.h"
 
 namespace gf {
@@ -22,7 +23,7 @@ class X11WindowHandle final : public WindowHandle {
     // managedByEwmh: an EWMH window manager runs, so geometry and stacking
     // changes are asked of it rather than made directly.
     X11WindowHandle(const XcbConnection& connection, const X11WindowReader& reader,
-                    xcb_window_t client, bool managedByEwmh);
+                    X11RestackPolicy& restackPolicy, xcb_window_t client, bool managedByEwmh);
     ~X11WindowHandle() override;
     X11WindowHandle(const X11WindowHandle&) = delete;
     X11WindowHandle& operator=(const X11WindowHandle&) = delete;
@@ -42,41 +43,29 @@ class X11WindowHandle final : public WindowHandle {
     bool isRequestRepeated(Point frameTopLeft, Size clientSize) const;
     bool requestRaise();
     bool activate();
-    bool waitUntilAbove(xcb_window_t frame, const std::vector<xcb_window_t>& others) const;
-    struct ClientGeometry {
-        Size size;           // inside the border
-        double borderWidth;  // the window's own X border
-    };
-    // The client's geometry and its decorations, asked together.
-    struct Placement {
-        ClientGeometry client;
-        FrameExtents extents;
-    };
-    struct PlacementCookies {
-        xcb_get_geometry_cookie_t geometry;
-        xcb_translate_coordinates_cookie_t origin;
-        xcb_get_geometry_cookie_t frameGeometry;
-        xcb_get_property_cookie_t extents;  // asked last
-    };
-    // Asks for the placement; finds the frame window first when it is not known.
-    std::optional<PlacementCookies> requestPlacement();
-    // The placement from the replies; the extents come already received, or
-    // null when they were answered with an error.
-    std::optional<Placement> collectPlacement(const PlacementCookies& cookies,
-                                              const xcb_get_property_reply_t* extents);
+    // Activation raises the window everywhere, at the cost of the focus.
+    static bool activate(const XcbConnection& connection, xcb_window_t client, bool managedByEwmh);
+    // Asks for the frame geometry; finds the frame window first when it is not known.
+    std::optional<X11WindowReader::FrameGeometryCookies> requestPlacement();
+    // The frame geometry from the replies; the shadow's comes already received, or null when it
+    // was answered with an error.
+    std::optional<X11FrameGeometry> collectPlacement(
+        const X11WindowReader::FrameGeometryCookies& cookies,
+        const xcb_get_property_reply_t* shadow);
     // What a write needs to know; waits for the server only on the first write.
-    std::optional<Placement> placementForWrite();
+    std::optional<X11FrameGeometry> placementForWrite();
     // Asks for the placement the next write will use, and sends what is queued.
     void readAheadAndFlush();
 
     const XcbConnection& connection_;
     const X11WindowReader& reader_;
+    X11RestackPolicy& restackPolicy_;
     const xcb_window_t client_;
     const bool managedByEwmh_;
 
-    // What this handle asked for last. The window manager applies requests
-    // later, so a position change right after a size change must repeat the
-    // asked size rather than the one still on the screen.
+    // What this handle asked for last: the decorated frame's corner and the client's size. The
+    // window manager applies requests later, so a position change right after a size change must
+    // repeat the asked size rather than the one still on the screen.
     mutable std::mutex mutex_;
     std::optional<Point> requestedFramePosition_;
     std::optional<Size> requestedClientSize_;
@@ -85,8 +74,8 @@ class X11WindowHandle final : public WindowHandle {
 
     // The placement as last read, and the read on its way for the next write.
     std::mutex readMutex_;
-    std::optional<Placement> knownPlacement_;
-    std::optional<PlacementCookies> pendingRead_;
+    std::optional<X11FrameGeometry> knownPlacement_;
+    std::optional<X11WindowReader::FrameGeometryCookies> pendingRead_;
     // The window manager's frame holding the client, or the client itself.
     std::optional<xcb_window_t> frameWindow_;
 };

@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::uint32_t kMaxAtomsInList = 32;
 constexpr std::uint32_t kMaxClients = 4096;
+constexpr std::uint32_t kMaxClassWords = 256;
 // Window managers reparent a client one or two levels below the root; three
 // covers the deepest seen with room to spare.
 constexpr int kMaxReparentingDepth = 3;
@@ -42,8 +43,9 @@ Rect outerGeometry(const xcb_get_geometry_reply_t& geometry) {
             geometry.width + 2 * border, geometry.height + 2 * border};
 }
 
-// The decorations a client's _NET_FRAME_EXTENTS declares; nullopt without all four.
-std::optional<FrameExtents> declaredExtents(const xcb_get_property_reply_t* reply) {
+// Four sizes (left, right, top, bottom) as a frame extents property holds them; nullopt without
+// all four.
+std::optional<FrameExtents> extentsIn(const xcb_get_property_reply_t* reply) {
     const std::vector<std::uint32_t> sizes = values32(reply);
     if (sizes.size() < 4) {
         return std::nullopt;
@@ -52,19 +54,39 @@ std::optional<FrameExtents> declaredExtents(const xcb_get_property_reply_t* repl
                         static_cast<int>(sizes[2]), static_cast<int>(sizes[3])};
 }
 
-// The frame as the window manager describes it; without decorations, the
-// top-level window's own outer rectangle.
-std::optional<Rect> frameRectangle(const std::optional<FrameExtents>& extents,
-                                   const xcb_translate_coordinates_reply_t* clientOrigin,
-                                   const xcb_get_geometry_reply_t* clientGeometry,
-                                   const xcb_get_geometry_reply_t* frameGeometry) {
-    if (frameGeometry == nullptr) {
+// The decorations a frame window adds around its client when the window manager does not
+// declare them.
+FrameExtents extentsBetween(const Rect& frame, const Rect& clientWithBorder) {
+    auto atLeastZero = [](double size) { return static_cast<int>(std::max(0.0, size)); };
+    return {atLeastZero(clientWithBorder.minX() - frame.minX()),
+            atLeastZero(frame.maxX() - clientWithBorder.maxX()),
+            atLeastZero(clientWithBorder.minY() - frame.minY()),
+            atLeastZero(frame.maxY() - clientWithBorder.maxY())};
+}
+
+xcb_get_property_cookie_t requestClass(xcb_connection_t* connection, xcb_window_t window) {
+    return requestProperty(connection, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, kMaxClassWords);
+}
+
+// The class part of a WM_CLASS value, "instance\0class\0".
+std::optional<std::string> classIn(const xcb_get_property_reply_t* reply) {
+    if (reply == nullptr || reply->format != 8) {
         return std::nullopt;
     }
-    if (!extents || clientOrigin == nullptr || clientGeometry == nullptr) {
-        return outerGeometry(*frameGeometry);
+    const auto* data = static_cast<const char*>(xcb_get_property_value(reply));
+    const std::string both(data, static_cast<std::size_t>(xcb_get_property_value_length(reply)));
+    const std::size_t separator = both.find('\0');
+    if (separator == std::string::npos) {
+        return std::nullopt;
     }
-    return X11WindowReader::visibleFrame(*clientOrigin, *clientGeometry, *extents, *frameGeometry);
+    std::string windowClass = both.substr(separator + 1);
+    if (const std::size_t end = windowClass.find('\0'); end != std::string::npos) {
+        windowClass.resize(end);
+    }
+    if (windowClass.empty()) {
+        return std::nullopt;
+    }
+    return windowClass;
 }
 
 bool contains(const std::vector<xcb_atom_t>& atoms, xcb_atom_t atom) {
@@ -288,11 +310,9 @@ std::vector<StackedWindow> X11WindowReader::resolveClients(
     std::vector<StackedWindow> stacked;
     stacked.reserve(topLevels.size());
     for (const TopLevel& topLevel : topLevels) {
-        // Menus and tooltips bypass the window manager and are their own client.
-        stacked.push_back(
-            {topLevel.window,
-             topLevel.overrideRedirect ? topLevel.window : xcb_window_t{XCB_WINDOW_NONE},
-             topLevel.overrideRedirect});
+        // Some window managers (fluxbox, icewm) make their frames override-redirect, so the flag
+        // is only the client's own once no managed client turns up inside.
+        stacked.push_back({topLevel.window, XCB_WINDOW_NONE, false});
     }
     auto unresolved = [&stacked] {
         std::vector<std::size_t> indices;
@@ -364,18 +384,20 @@ std::vector<StackedWindow> X11WindowReader::resolveClients(
         stacked[i].client = findClientInside(stacked[i].frame);
     }
 
-    // What is left holds no client. Under a window manager these are its own
-    // windows or ones it is still taking over; without one, every mapped
-    // top-level window is an application's window.
+    // What is left holds no client. Menus and tooltips bypass the window manager and are their
+    // own client. Under a window manager the rest are its own windows or ones it is still taking
+    // over; without one, every mapped top-level window is an application's window.
     if (unresolved().empty()) {
         return stacked;
     }
     const bool managed = hasEwmhWindowManager();
     std::vector<StackedWindow> kept;
     kept.reserve(stacked.size());
-    for (StackedWindow window : stacked) {
+    for (std::size_t i = 0; i < stacked.size(); ++i) {
+        StackedWindow window = stacked[i];
         if (window.client == XCB_WINDOW_NONE) {
-            if (managed) {
+            window.overrideRedirect = topLevels[i].overrideRedirect;
+            if (managed && !window.overrideRedirect) {
                 continue;
             }
             window.client = window.frame;
@@ -507,20 +529,14 @@ std::vector<std::optional<std::int32_t>> X11WindowReader::collectOwnerPids(
 std::vector<WindowDescription> X11WindowReader::describe(
     const std::vector<StackedWindow>& windows) const {
     xcb_connection_t* c = connection_.get();
-    struct GeometryCookies {
-        xcb_get_property_cookie_t extents;
-        xcb_translate_coordinates_cookie_t clientOrigin;
-        xcb_get_geometry_cookie_t clientGeometry;
-        xcb_get_geometry_cookie_t frameGeometry;
-    };
-    std::vector<GeometryCookies> cookies;
+    std::vector<FrameGeometryCookies> cookies;
+    std::vector<xcb_get_property_cookie_t> classCookies;
     cookies.reserve(windows.size());
+    classCookies.reserve(windows.size());
     std::vector<xcb_window_t> clients;
     for (const StackedWindow& window : windows) {
-        cookies.push_back({requestProperty(c, window.client, connection_.atoms().netFrameExtents,
-                                           XCB_ATOM_CARDINAL, 4),
-                           xcb_translate_coordinates(c, window.client, connection_.root(), 0, 0),
-                           xcb_get_geometry(c, window.client), xcb_get_geometry(c, window.frame)});
+        cookies.push_back(requestFrameGeometry(window));
+        classCookies.push_back(requestClass(c, window.client));
         clients.push_back(window.client);
     }
     // Everything is asked before the first answer is awaited: one round trip.
@@ -532,65 +548,80 @@ std::vector<WindowDescription> X11WindowReader::describe(
     std::vector<WindowDescription> descriptions;
     descriptions.reserve(windows.size());
     for (std::size_t i = 0; i < windows.size(); ++i) {
-        auto extents = xcbReply(c, xcb_get_property_reply, cookies[i].extents);
-        auto origin = xcbReply(c, xcb_translate_coordinates_reply, cookies[i].clientOrigin);
-        auto clientGeometry = xcbReply(c, xcb_get_geometry_reply, cookies[i].clientGeometry);
-        auto frameGeometry = xcbReply(c, xcb_get_geometry_reply, cookies[i].frameGeometry);
         WindowDescription description;
         description.windowNumber = windows[i].client;
         description.ownerPid = pids[i];
         description.layer = layers[i];
-        // A client that is the root's child has no frame, whatever _NET_FRAME_EXTENTS says: a
-        // window manager that died leaves the property behind.
-        const bool framed = windows[i].frame != windows[i].client;
-        description.bounds =
-            frameRectangle(framed ? declaredExtents(extents.get()) : std::nullopt, origin.get(),
-                           clientGeometry.get(), frameGeometry.get());
+        if (auto geometry = collectFrameGeometry(cookies[i])) {
+            description.bounds = geometry->visibleFrame();
+        }
+        auto windowClass = xcbReply(c, xcb_get_property_reply, classCookies[i]);
+        description.applicationIdentifier = classIn(windowClass.get());
         descriptions.push_back(description);
     }
     return descriptions;
 }
 
-std::optional<FrameExtents> X11WindowReader::frameExtents(xcb_window_t client) const {
-    return collectFrameExtents(requestFrameExtents(client));
+X11WindowReader::FrameGeometryCookies X11WindowReader::requestFrameGeometry(
+    const StackedWindow& window) const {
+    xcb_connection_t* c = connection_.get();
+    const X11Atoms& atoms = connection_.atoms();
+    return {window.frame != window.client,
+            xcb_get_geometry(c, window.client),
+            xcb_translate_coordinates(c, window.client, connection_.root(), 0, 0),
+            xcb_get_geometry(c, window.frame),
+            requestProperty(c, window.client, atoms.netFrameExtents, XCB_ATOM_CARDINAL, 4),
+            requestProperty(c, window.client, atoms.gtkFrameExtents, XCB_ATOM_CARDINAL, 4)};
 }
 
-xcb_get_property_cookie_t X11WindowReader::requestFrameExtents(xcb_window_t client) const {
-    return requestProperty(connection_.get(), client, connection_.atoms().netFrameExtents,
-                           XCB_ATOM_CARDINAL, 4);
+std::optional<X11FrameGeometry> X11WindowReader::collectFrameGeometry(
+    const FrameGeometryCookies& cookies) const {
+    auto shadow = xcbReply(connection_.get(), xcb_get_property_reply, cookies.shadow);
+    return collectFrameGeometry(cookies, shadow.get());
 }
 
-std::optional<FrameExtents> X11WindowReader::collectFrameExtents(
-    xcb_get_property_cookie_t cookie) const {
-    auto reply = xcbReply(connection_.get(), xcb_get_property_reply, cookie);
-    return frameExtentsFrom(reply.get());
-}
-
-std::optional<FrameExtents> X11WindowReader::frameExtentsFrom(
-    const xcb_get_property_reply_t* reply) const {
-    if (reply == nullptr) {
-        return std::nullopt;
+std::optional<X11FrameGeometry> X11WindowReader::collectFrameGeometry(
+    const FrameGeometryCookies& cookies, const xcb_get_property_reply_t* shadow) const {
+    xcb_connection_t* c = connection_.get();
+    auto geometry = xcbReply(c, xcb_get_geometry_reply, cookies.clientGeometry);
+    auto origin = xcbReply(c, xcb_translate_coordinates_reply, cookies.clientOrigin);
+    auto frameGeometry = xcbReply(c, xcb_get_geometry_reply, cookies.frameGeometry);
+    auto decorations = xcbReply(c, xcb_get_property_reply, cookies.decorations);
+    if (!geometry || !origin || !frameGeometry || !decorations || shadow == nullptr) {
+        return std::nullopt;  // the window vanished
     }
-    const std::vector<std::uint32_t> sizes = values32(reply);
-    if (sizes.size() < 4) {
-        return FrameExtents{};
+    X11FrameGeometry result;
+    result.border = geometry->border_width;
+    result.client = {static_cast<double>(origin->dst_x), static_cast<double>(origin->dst_y),
+                     static_cast<double>(geometry->width), static_cast<double>(geometry->height)};
+    result.shadow = extentsIn(shadow).value_or(FrameExtents{});
+    // Decorations belong to a frame: a client that is the root's child has none, whatever
+    // _NET_FRAME_EXTENTS says, since a window manager that died leaves the property behind.
+    if (cookies.framed) {
+        const Rect frame = outerGeometry(*frameGeometry);
+        result.frameWindow = frame;
+        const Rect clientWithBorder{
+            result.client.x - result.border, result.client.y - result.border,
+            result.client.width + 2 * result.border, result.client.height + 2 * result.border};
+        result.decorations =
+            extentsIn(decorations.get()).value_or(extentsBetween(frame, clientWithBorder));
     }
-    return FrameExtents{static_cast<int>(sizes[0]), static_cast<int>(sizes[1]),
-                        static_cast<int>(sizes[2]), static_cast<int>(sizes[3])};
+    return result;
 }
 
-Rect X11WindowReader::visibleFrame(const xcb_translate_coordinates_reply_t& clientOrigin,
-                                   const xcb_get_geometry_reply_t& clientGeometry,
-                                   const FrameExtents& extents,
-                                   const xcb_get_geometry_reply_t& frameGeometry) {
-    const double border = clientGeometry.border_width;
-    const Rect decorated{clientOrigin.dst_x - border - extents.left,
-                         clientOrigin.dst_y - border - extents.top,
-                         clientGeometry.width + 2 * border + extents.left + extents.right,
-                         clientGeometry.height + 2 * border + extents.top + extents.bottom};
-    const Rect frame = outerGeometry(frameGeometry);
-    const bool decorationsStartAtTheCorner = decorated.x == frame.x && decorated.y == frame.y;
-    return decorationsStartAtTheCorner ? frame : decorated;
+void X11WindowReader::discardFrameGeometry(const FrameGeometryCookies& cookies) const {
+    xcb_connection_t* c = connection_.get();
+    for (unsigned int sequence :
+         {cookies.clientGeometry.sequence, cookies.clientOrigin.sequence,
+          cookies.frameGeometry.sequence, cookies.decorations.sequence, cookies.shadow.sequence}) {
+        xcb_discard_reply(c, sequence);
+    }
+}
+
+bool X11WindowReader::exists(xcb_window_t window) const {
+    xcb_connection_t* c = connection_.get();
+    return xcbReply(c, xcb_get_window_attributes_reply, xcb_get_window_attributes(c, window)) !=
+           nullptr;
 }
 
 std::optional<xcb_window_t> X11WindowReader::frameWindowOf(xcb_window_t client) const {
@@ -610,28 +641,15 @@ std::optional<xcb_window_t> X11WindowReader::frameWindowOf(xcb_window_t client) 
 }
 
 std::optional<Rect> X11WindowReader::outerFrame(xcb_window_t client) const {
-    xcb_connection_t* c = connection_.get();
     const std::optional<xcb_window_t> frame = frameWindowOf(client);
     if (!frame) {
         return std::nullopt;  // the window vanished
     }
-    auto extentsCookie =
-        requestProperty(c, client, connection_.atoms().netFrameExtents, XCB_ATOM_CARDINAL, 4);
-    auto originCookie = xcb_translate_coordinates(c, client, connection_.root(), 0, 0);
-    auto geometryCookie = xcb_get_geometry(c, client);
-    auto frameGeometryCookie = xcb_get_geometry(c, *frame);
-    auto extents = xcbReply(c, xcb_get_property_reply, extentsCookie);
-    auto origin = xcbReply(c, xcb_translate_coordinates_reply, originCookie);
-    auto geometry = xcbReply(c, xcb_get_geometry_reply, geometryCookie);
-    auto frameGeometry = xcbReply(c, xcb_get_geometry_reply, frameGeometryCookie);
-    if (!extents || !origin || !geometry || !frameGeometry) {
-        return std::nullopt;  // the window vanished
+    const auto geometry = collectFrameGeometry(requestFrameGeometry({*frame, client, false}));
+    if (!geometry) {
+        return std::nullopt;
     }
-    // Decorations belong to a frame; a client that is the root's child has none, whatever
-    // _NET_FRAME_EXTENTS says: a window manager that died leaves the property behind.
-    const bool framed = *frame != client;
-    return frameRectangle(framed ? declaredExtents(extents.get()) : std::nullopt, origin.get(),
-                          geometry.get(), frameGeometry.get());
+    return geometry->visibleFrame();
 }
 
 std::optional<std::vector<xcb_window_t>> X11WindowReader::clientList() const {
@@ -670,40 +688,50 @@ std::optional<Rect> X11WindowReader::rootRectangle() const {
 }
 
 bool X11WindowReader::hasEwmhWindowManager() const {
+    return ewmhWindowManager().has_value();
+}
+
+std::optional<xcb_window_t> X11WindowReader::ewmhWindowManager() const {
     const xcb_atom_t check = connection_.atoms().netSupportingWmCheck;
     const std::vector<std::uint32_t> fromRoot = cardinalsOf(connection_.root(), check, 1);
     if (fromRoot.empty() || fromRoot.front() == XCB_WINDOW_NONE) {
-        return false;
+        return std::nullopt;
     }
     // A stale property survives a crashed manager; the check window's own
     // copy pointing to itself proves the manager still runs.
     const std::vector<std::uint32_t> fromCheckWindow = cardinalsOf(fromRoot.front(), check, 1);
-    return !fromCheckWindow.empty() && fromCheckWindow.front() == fromRoot.front();
+    if (fromCheckWindow.empty() || fromCheckWindow.front() != fromRoot.front()) {
+        return std::nullopt;
+    }
+    return fromRoot.front();
+}
+
+xcb_window_t X11WindowReader::activeWindow() const {
+    const std::vector<std::uint32_t> active =
+        cardinalsOf(connection_.root(), connection_.atoms().netActiveWindow, 1);
+    return active.empty() ? xcb_window_t{XCB_WINDOW_NONE} : active.front();
+}
+
+bool X11WindowReader::isInFrontOf(xcb_window_t frame,
+                                  const std::vector<xcb_window_t>& others) const {
+    xcb_connection_t* c = connection_.get();
+    auto tree = xcbReply(c, xcb_query_tree_reply, xcb_query_tree(c, connection_.root()));
+    if (!tree) {
+        return false;
+    }
+    const xcb_window_t* begin = xcb_query_tree_children(tree.get());
+    const xcb_window_t* end = begin + xcb_query_tree_children_length(tree.get());
+    const xcb_window_t* own = std::find(begin, end, frame);
+    // Children are listed bottom to top: every other window must come first.
+    return own != end && std::none_of(own + 1, end, [&others](xcb_window_t window) {
+               return std::find(others.begin(), others.end(), window) != others.end();
+           });
 }
 
 std::optional<std::string> X11WindowReader::windowClass(xcb_window_t window) const {
     xcb_connection_t* c = connection_.get();
-    auto reply = xcbReply(c, xcb_get_property_reply,
-                          requestProperty(c, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 256));
-    if (!reply || reply->format != 8) {
-        return std::nullopt;
-    }
-    const auto* data = static_cast<const char*>(xcb_get_property_value(reply.get()));
-    const std::string both(data,
-                           static_cast<std::size_t>(xcb_get_property_value_length(reply.get())));
-    // "instance\0class\0"
-    const std::size_t separator = both.find('\0');
-    if (separator == std::string::npos) {
-        return std::nullopt;
-    }
-    std::string windowClass = both.substr(separator + 1);
-    if (const std::size_t end = windowClass.find('\0'); end != std::string::npos) {
-        windowClass.resize(end);
-    }
-    if (windowClass.empty()) {
-        return std::nullopt;
-    }
-    return windowClass;
+    auto reply = xcbReply(c, xcb_get_property_reply, requestClass(c, window));
+    return classIn(reply.get());
 }
 
 std::vector<xcb_atom_t> X11WindowReader::atomsOf(xcb_window_t window, xcb_atom_t property) const {

@@ -13,18 +13,11 @@
 #include "platform/Point.h"
 #include "platform/Rect.h"
 #include "platform/WindowDescription.h"
+#include "platform/x11/X11FrameGeometry.h"
 
 namespace gf {
 
 class XcbConnection;
-
-// Decoration sizes a window manager adds around a client (_NET_FRAME_EXTENTS).
-struct FrameExtents {
-    int left = 0;
-    int right = 0;
-    int top = 0;
-    int bottom = 0;
-};
 
 // One mapped top-level window: the child of the root (the window manager's
 // frame) and the application's own window inside it. Both are the same window
@@ -53,7 +46,8 @@ class X11WindowReader {
     // over the bare root window.
     std::optional<StackedWindow> stackedWindowAt(Point point) const;
 
-    // Number, owner, layer and outer frame of each window, in the same order.
+    // Number, owner, layer, visible frame and application (the WM_CLASS class) of each window,
+    // in the same order.
     std::vector<WindowDescription> describe(const std::vector<StackedWindow>& windows) const;
     std::vector<int> layersOf(const std::vector<StackedWindow>& windows) const;
 
@@ -62,30 +56,31 @@ class X11WindowReader {
     std::vector<std::optional<std::int32_t>> ownerPids(
         const std::vector<xcb_window_t>& windows) const;
 
-    // The outer frame of a client window in root coordinates, decorations
-    // included; nullopt when the window vanished.
+    // The frame the user sees around a client, in root coordinates; nullopt when it vanished.
     std::optional<Rect> outerFrame(xcb_window_t client) const;
     // The root's child holding the client (the window manager's frame), or the
     // client itself when nothing reparented it; nullopt when it vanished.
     std::optional<xcb_window_t> frameWindowOf(xcb_window_t client) const;
-    // The frame the user sees, from the client's origin in root coordinates,
-    // its geometry and decorations, and its frame window's geometry. A window
-    // manager moves and resizes its frame window before the client inside, so
-    // the frame window is the current answer whenever the decorations start at
-    // its corner; a frame window that also holds invisible borders around them
-    // leaves the client grown by its decorations.
-    static Rect visibleFrame(const xcb_translate_coordinates_reply_t& clientOrigin,
-                             const xcb_get_geometry_reply_t& clientGeometry,
-                             const FrameExtents& extents,
-                             const xcb_get_geometry_reply_t& frameGeometry);
-    // The client's decoration sizes: zero when it has none, nullopt when the
-    // window vanished.
-    std::optional<FrameExtents> frameExtents(xcb_window_t client) const;
-    // The same in two steps, so that the question can travel with others.
-    xcb_get_property_cookie_t requestFrameExtents(xcb_window_t client) const;
-    std::optional<FrameExtents> collectFrameExtents(xcb_get_property_cookie_t cookie) const;
-    // The extents in a reply already at hand; nullopt for no reply (an error).
-    std::optional<FrameExtents> frameExtentsFrom(const xcb_get_property_reply_t* reply) const;
+    // Whether the window still exists.
+    bool exists(xcb_window_t window) const;
+
+    // A window's frame geometry, asked in one step and collected in another so
+    // that the question can travel with others.
+    struct FrameGeometryCookies {
+        bool framed = false;  // a window manager's frame holds the client
+        xcb_get_geometry_cookie_t clientGeometry;
+        xcb_translate_coordinates_cookie_t clientOrigin;
+        xcb_get_geometry_cookie_t frameGeometry;
+        xcb_get_property_cookie_t decorations;
+        xcb_get_property_cookie_t shadow;  // asked last
+    };
+    FrameGeometryCookies requestFrameGeometry(const StackedWindow& window) const;
+    // nullopt when the window vanished. The shadow's reply may come already received (a caller
+    // that polled for it), as a null pointer when it was answered with an error.
+    std::optional<X11FrameGeometry> collectFrameGeometry(const FrameGeometryCookies& cookies) const;
+    std::optional<X11FrameGeometry> collectFrameGeometry(
+        const FrameGeometryCookies& cookies, const xcb_get_property_reply_t* shadow) const;
+    void discardFrameGeometry(const FrameGeometryCookies& cookies) const;
 
     // The managed windows in mapping order (_NET_CLIENT_LIST); nullopt without
     // a window manager that publishes the list.
@@ -99,6 +94,13 @@ class X11WindowReader {
 
     // Whether a window manager following the EWMH conventions runs now.
     bool hasEwmhWindowManager() const;
+    // Its check window, which names this run of it; nullopt when none runs.
+    std::optional<xcb_window_t> ewmhWindowManager() const;
+    // The window that has the focus as the window manager says (_NET_ACTIVE_WINDOW); none when
+    // it says nothing.
+    xcb_window_t activeWindow() const;
+    // Whether the top-level window is above each of the others in the stacking order now.
+    bool isInFrontOf(xcb_window_t frame, const std::vector<xcb_window_t>& others) const;
 
     // The class part of WM_CLASS, which names the application.
     std::optional<std::string> windowClass(xcb_window_t window) const;

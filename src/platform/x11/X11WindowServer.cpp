@@ -10,6 +10,11 @@ std::optional<WindowDescription> X11WindowServer::windowAt(Point point) {
         return std::nullopt;
     }
     std::vector<WindowDescription> described = reader_.describe({*window});
+    // The invisible shadow around a window that draws its own decorations is not the window: the
+    // user points at what shows through it, which the window list finds.
+    if (described.front().bounds && !described.front().bounds->contains(point)) {
+        return std::nullopt;
+    }
     return described.front();
 }
 

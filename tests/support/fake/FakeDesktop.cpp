@@ -345,6 +345,7 @@ WindowDescription describe(const FakeDesktop::WindowTable::Entry& entry) {
     d.windowNumber = entry.number;
     d.ownerPid = entry.window.pid;
     d.layer = entry.window.layer;
+    d.applicationIdentifier = entry.window.identifier;
     if (entry.window.boundsKnown) {
         d.bounds = entry.window.frame;
     }

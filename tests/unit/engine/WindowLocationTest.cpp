@@ -88,5 +88,18 @@ TEST_F(WindowLocationTest, HandleIsMatchedByNumberElseTheFirstWindowIsTaken) {
     EXPECT_EQ(found->windowHandle->position(), (Point{0, 0}));
 }
 
+TEST_F(WindowLocationTest, TheIdentifierIsThatOfTheLocatedWindowNotOfItsProcess) {
+    // One process showing two applications' windows, as an office suite or every window
+    // forwarded over one ssh connection does.
+    desktop.addWindow(Window::at({0, 0, 400, 300}, 7).withIdentifier("Writer"));
+    desktop.addWindow(Window::at({500, 0, 400, 300}, 7).withIdentifier("Calc"));
+    desktop.addWindow(Window::at({0, 400, 400, 300}, 7));
+    for (auto locate : {locateWindowWithWindowServer, locateWindowWithWindowList}) {
+        EXPECT_EQ(locate(platform, {10, 10})->bundleIdentifier, "Writer");
+        EXPECT_EQ(locate(platform, {510, 10})->bundleIdentifier, "Calc");
+        EXPECT_EQ(locate(platform, {10, 410})->bundleIdentifier, std::nullopt);
+    }
+}
+
 }  // namespace
 }  // namespace gf::test
