@@ -33,7 +33,7 @@ struct InputEventMask {
 
 X11InputService::X11InputService(const XcbConnection& connection,
                                  const XcbConnection* samplingConnection)
-    : connection_(connection), samplingConnection_(samplingConnection) {
+    : connection_(connection), samplingConnection_(samplingConnection), crossings_(connection) {
     initializeExtensions();
 }
 
@@ -82,7 +82,7 @@ std::unique_ptr<EventTap> X11InputService::createEventTap(EventCallback callback
 
 std::unique_ptr<MonitorToken> X11InputService::addPointerMovedMonitor(
     PointerMovedCallback callback) {
-    if (!hasInputExtension_ || connection_.hasError()) {
+    if (connection_.hasError()) {
         return nullptr;
     }
     const int id = nextId_++;
@@ -185,14 +185,21 @@ void X11InputService::removeMonitor(int id) {
 void X11InputService::updateSelections(bool force) {
     const bool anyTapEnabled = std::any_of(taps_.begin(), taps_.end(),
                                            [](const auto& entry) { return entry.second->enabled; });
-    const bool motionWanted =
-        !monitors_.empty() || std::any_of(taps_.begin(), taps_.end(), [](const auto& entry) {
-            return entry.second->enabled && entry.second->motionWanted;
-        });
+    const bool motionWanted = std::any_of(taps_.begin(), taps_.end(), [](const auto& entry) {
+        return entry.second->enabled && entry.second->motionWanted;
+    });
+    // Monitors hear of modifier changes too: pressing the keys auto raise waits for counts as
+    // much as crossing into a window.
+    const bool keyboardWanted = anyTapEnabled || !monitors_.empty();
+    if (monitors_.empty()) {
+        crossings_.stop();
+    } else {
+        crossings_.start();
+    }
     bool changed = false;
-    if (hasKeyboardExtension_ && (force || anyTapEnabled != keyboardSelected_)) {
-        selectKeyboardEvents(anyTapEnabled);
-        keyboardSelected_ = anyTapEnabled;
+    if (hasKeyboardExtension_ && (force || keyboardWanted != keyboardSelected_)) {
+        selectKeyboardEvents(keyboardWanted);
+        keyboardSelected_ = keyboardWanted;
         changed = true;
     }
     if (hasInputExtension_ &&
@@ -248,6 +255,11 @@ std::optional<X11InputService::PointerState> X11InputService::queryPointer(
 }
 
 void X11InputService::handleEvent(const xcb_generic_event_t& event) {
+    if (auto crossing = crossings_.handleEvent(event)) {
+        // Only where the pointer ended up matters: one delivery for a run of crossings.
+        pendingCrossing_ = crossing;
+        return;
+    }
     const std::uint8_t type = event.response_type & 0x7f;
     if (hasKeyboardExtension_ && type == keyboardEventBase_) {
         const auto& keyboardEvent = reinterpret_cast<const xcb_xkb_state_notify_event_t&>(event);
@@ -286,6 +298,7 @@ void X11InputService::handleEvent(const xcb_generic_event_t& event) {
 
 void X11InputService::handleBatchEnd() {
     deliverPendingMotion();
+    deliverPendingCrossing();
 }
 
 void X11InputService::deliverPendingMotion() {
@@ -303,6 +316,27 @@ void X11InputService::deliverPendingMotion() {
                                     : InputEventType::mouseMoved;
     const DeliveringPointer delivering(*this, pointer->location);
     deliverToTaps({type, flags, pointer->location}, true);
+}
+
+void X11InputService::deliverPendingCrossing() {
+    if (!pendingCrossing_) {
+        return;
+    }
+    const X11CrossingWatch::Crossing crossing = *pendingCrossing_;
+    pendingCrossing_.reset();
+    deliverToMonitors(crossing.location, crossing.state);
+}
+
+void X11InputService::deliverToMonitors(Point location, std::uint16_t state) {
+    // A held button means a drag or a selection in progress, which no window should interrupt
+    // by rising in front.
+    constexpr std::uint16_t kAnyButton = XCB_BUTTON_MASK_1 | XCB_BUTTON_MASK_2 | XCB_BUTTON_MASK_3 |
+                                         XCB_BUTTON_MASK_4 | XCB_BUTTON_MASK_5;
+    if (monitors_.empty() || (state & kAnyButton) != 0) {
+        return;
+    }
+    const DeliveringPointer delivering(*this, location);
+    const std::uint64_t flags = flagsFromModifierState(state);
     for (auto it = monitors_.begin(); it != monitors_.end();) {
         const int id = it->first;
         const std::shared_ptr<PointerMovedCallback> callback = it->second;
@@ -318,6 +352,11 @@ void X11InputService::deliverFlagsChanged(std::uint8_t modifiers) {
     deliverToTaps({InputEventType::flagsChanged, flagsFromModifierState(modifiers),
                    pointer ? pointer->location : Point{}},
                   false);
+    if (pointer) {
+        // The buttons come from the pointer, the modifiers from the keyboard's own report.
+        const auto buttons = static_cast<std::uint16_t>(pointer->mask & ~0xffu);
+        deliverToMonitors(pointer->location, static_cast<std::uint16_t>(buttons | modifiers));
+    }
 }
 
 void X11InputService::interruptTaps() {

@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "platform/InputService.h"
+#include "platform/x11/X11CrossingWatch.h"
 #include "platform/x11/X11EventListener.h"
 
 namespace gf {
@@ -17,8 +18,10 @@ class XcbConnection;
 // Observes modifiers through XKB state notifications and pointer motion through
 // XInput 2 raw motion on the root window. Both are plain selections, never
 // grabs, so they keep arriving while another client grabs the keyboard or
-// pointer, and no other client loses an event. Main thread only, except
-// samplePointer(), which uses a connection of its own.
+// pointer, and no other client loses an event. Pointer-moved monitors hear of
+// the pointer crossing from one top-level window to another, and of modifier
+// changes, never while a button is held or another client grabs the pointer. Main thread only,
+// except samplePointer(), which uses a connection of its own.
 class X11InputService final : public InputService, public X11EventListener {
   public:
     // The connection must be the one whose events are read by an X11EventPump
@@ -89,6 +92,8 @@ class X11InputService final : public InputService, public X11EventListener {
     static std::optional<PointerState> queryPointer(const XcbConnection& connection);
     std::optional<PointerState> queryPointer() const { return queryPointer(connection_); }
     void deliverPendingMotion();
+    void deliverPendingCrossing();
+    void deliverToMonitors(Point location, std::uint16_t state);
     void deliverFlagsChanged(std::uint8_t modifiers);
     void interruptTaps();
     void deliverToTaps(const InputEvent& event, bool motion);
@@ -109,6 +114,8 @@ class X11InputService final : public InputService, public X11EventListener {
     bool motionSelected_ = false;
     bool hierarchySelected_ = false;
     bool motionPending_ = false;
+    X11CrossingWatch crossings_;
+    std::optional<X11CrossingWatch::Crossing> pendingCrossing_;
     std::optional<Point> pointerBeingDelivered_;
 };
 
