@@ -119,6 +119,8 @@ void DragSession::start(std::shared_ptr<Gesture> gesture, Point mouse) {
     gesture->number = ++gesturesBegun_;
     gesture->samplesPointer = platform_.input.canSamplePointer();
     samplesPointer_ = gesture->samplesPointer;
+    // A resize keeps the tick's pace; a move that can read the pointer follows each motion.
+    const bool followsMotion = !gesture->isResize && gesture->samplesPointer;
     {
         // Published together with the starting pointer position, so that no
         // tick pairs this gesture with the previous gesture's pointer.
@@ -130,22 +132,42 @@ void DragSession::start(std::shared_ptr<Gesture> gesture, Point mouse) {
     // the tick may refer to it directly.
     updateTimer_ =
         axQueue_->scheduleRepeating(tickPeriod, tickLeeway, [this] { applyLatestMouse(); });
+    if (followsMotion) {
+        motionFollower_ = platform_.input.followPointerMotion(
+            [this, number = gesturesBegun_] { tickSoon(number); });
+    }
+}
+
+// Runs on the platform's thread for each run of motion. A queued tick reads the pointer when it
+// runs, so one waiting is enough however much the pointer moves meanwhile. Unlike the timer's, a
+// queued tick cannot be taken back when the gesture ends, so it acts for its own gesture only:
+// the next gesture's first movement must come after this one's clean-up.
+void DragSession::tickSoon(std::uint64_t gestureNumber) {
+    if (tickQueued_.exchange(true)) {
+        return;
+    }
+    axQueue_->async([this, gestureNumber] {
+        tickQueued_ = false;
+        applyLatestMouse(gestureNumber);
+    });
 }
 
 void DragSession::stopUpdateTimer() {
+    // Gone first: no motion queues a tick for a gesture that ended.
+    motionFollower_.reset();
     if (updateTimer_) {
         updateTimer_->cancel();
         updateTimer_.reset();
     }
 }
 
-void DragSession::applyLatestMouse() {
+void DragSession::applyLatestMouse(std::optional<std::uint64_t> onlyForGesture) {
     std::shared_ptr<const Gesture> gesture;
     {
         std::lock_guard lock(gestureMutex_);
         gesture = gesture_;
     }
-    if (!gesture || !gesture->window) {
+    if (!gesture || !gesture->window || (onlyForGesture && *onlyForGesture != gesture->number)) {
         return;
     }
     const std::optional<Point> pointer = pointerForTick(gesture);

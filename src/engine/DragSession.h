@@ -20,11 +20,14 @@ namespace gf {
 class Settings;
 
 // The one move or resize gesture that can be in progress. Begin and end run on
-// the main thread; an 8 ms tick on the session's own serial queue applies the
-// latest pointer position to the window, so no window call ever runs on the
-// thread that receives input. Where the platform can sample the pointer, the
-// tick reads the position itself, so pointer motion need not wake the main
-// thread at all during a gesture.
+// the main thread; ticks on the session's own serial queue apply the latest
+// pointer position to the window, so no window call ever runs on the thread
+// that receives input. Where the platform can sample the pointer, the tick
+// reads the position itself, so pointer motion need not wake the main thread
+// at all during a gesture. A move ticks as soon as the platform says the
+// pointer moved, to follow the hand as closely as the window manager's own
+// drag; an 8 ms tick paces resizes (each size makes the client repaint) and
+// stands in for silent motion reports.
 class DragSession {
   public:
     static constexpr double minimumResizeDimension = 50.0;
@@ -94,7 +97,8 @@ class DragSession {
 
     void start(std::shared_ptr<Gesture> gesture, Point mouse);
     void stopUpdateTimer();
-    void applyLatestMouse();
+    void tickSoon(std::uint64_t gestureNumber);
+    void applyLatestMouse(std::optional<std::uint64_t> onlyForGesture = std::nullopt);
     std::optional<Point> pointerForTick(const std::shared_ptr<const Gesture>& gesture);
     void applyFirstMovementSetup(const Gesture& gesture);
     void cleanUpAfterGesture(std::int32_t pid);
@@ -105,6 +109,8 @@ class DragSession {
     LatestMouse latestMouse_;
     std::atomic<bool> followingPointer_{true};
     std::atomic<std::uint64_t> seenModifiers_{0};
+    // A motion-driven tick is queued and has not started: further motion needs no other.
+    std::atomic<bool> tickQueued_{false};
 
     // Guards the published gesture; taken before latestMouse_'s own lock when both are needed.
     mutable std::mutex gestureMutex_;
@@ -125,6 +131,7 @@ class DragSession {
     // what was submitted and joins while the state above still exists.
     std::unique_ptr<SerialQueue> axQueue_;
     std::unique_ptr<Timer> updateTimer_;
+    std::unique_ptr<MonitorToken> motionFollower_;
 };
 
 }  // namespace gf

@@ -42,6 +42,14 @@ class InputService {
     // without waking the main thread. nullopt when it cannot be read.
     virtual std::optional<PointerSample> samplePointer() { return std::nullopt; }
 
+    // Calls back soon after the pointer moves, from a thread of the platform's own, once per run
+    // of motion; the call only says that it moved, samplePointer() tells where. No call runs once
+    // the token is destroyed. nullptr where motion cannot be followed this way; only one
+    // follower at a time.
+    virtual std::unique_ptr<MonitorToken> followPointerMotion(std::function<void()> moved) {
+        (void)moved;
+        return nullptr;
+    }
     // The modifier bits held now (ModifierFlag); 0 when they cannot be read.
     virtual std::uint64_t currentModifierFlags() = 0;
 

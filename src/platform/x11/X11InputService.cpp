@@ -32,8 +32,12 @@ struct InputEventMask {
 }  // namespace
 
 X11InputService::X11InputService(const XcbConnection& connection,
-                                 const XcbConnection* samplingConnection)
-    : connection_(connection), samplingConnection_(samplingConnection), crossings_(connection) {
+                                 const XcbConnection* samplingConnection,
+                                 std::unique_ptr<X11MotionFollower> motionFollower)
+    : connection_(connection),
+      samplingConnection_(samplingConnection),
+      crossings_(connection),
+      motionFollower_(std::move(motionFollower)) {
     initializeExtensions();
 }
 
@@ -89,6 +93,13 @@ std::unique_ptr<MonitorToken> X11InputService::addPointerMovedMonitor(
     monitors_.emplace(id, std::make_shared<PointerMovedCallback>(std::move(callback)));
     updateSelections(false);
     return std::make_unique<X11PointerMonitorToken>(*this, id);
+}
+
+std::unique_ptr<MonitorToken> X11InputService::followPointerMotion(std::function<void()> moved) {
+    if (!motionFollower_) {
+        return nullptr;
+    }
+    return motionFollower_->follow(std::move(moved));
 }
 
 std::optional<Point> X11InputService::currentPointerPosition() {

@@ -10,6 +10,7 @@
 #include "platform/InputService.h"
 #include "platform/x11/X11CrossingWatch.h"
 #include "platform/x11/X11EventListener.h"
+#include "platform/x11/X11MotionFollower.h"
 
 namespace gf {
 
@@ -27,8 +28,10 @@ class X11InputService final : public InputService, public X11EventListener {
     // The connection must be the one whose events are read by an X11EventPump
     // delivering to this service. The pointer is sampled on samplingConnection,
     // which other threads may use too; without one it cannot be sampled.
+    // Pointer motion is followed from a background thread through motionFollower, when given.
     explicit X11InputService(const XcbConnection& connection,
-                             const XcbConnection* samplingConnection = nullptr);
+                             const XcbConnection* samplingConnection = nullptr,
+                             std::unique_ptr<X11MotionFollower> motionFollower = nullptr);
     X11InputService(const X11InputService&) = delete;
     X11InputService& operator=(const X11InputService&) = delete;
     ~X11InputService() override;
@@ -42,6 +45,7 @@ class X11InputService final : public InputService, public X11EventListener {
     std::optional<PointerSample> samplePointer() override;
     std::uint64_t currentModifierFlags() override;
     std::unique_ptr<MonitorToken> addPointerMovedMonitor(PointerMovedCallback callback) override;
+    std::unique_ptr<MonitorToken> followPointerMotion(std::function<void()> moved) override;
 
     void handleEvent(const xcb_generic_event_t& event) override;
     void handleBatchEnd() override;
@@ -115,6 +119,7 @@ class X11InputService final : public InputService, public X11EventListener {
     bool hierarchySelected_ = false;
     bool motionPending_ = false;
     X11CrossingWatch crossings_;
+    std::unique_ptr<X11MotionFollower> motionFollower_;
     std::optional<X11CrossingWatch::Crossing> pendingCrossing_;
     std::optional<Point> pointerBeingDelivered_;
 };

@@ -12,6 +12,7 @@
 #include "platform/x11/X11EventPump.h"
 #include "platform/x11/X11GrantService.h"
 #include "platform/x11/X11InputService.h"
+#include "platform/x11/X11MotionFollower.h"
 #include "platform/x11/X11WindowControl.h"
 #include "platform/x11/X11WindowReader.h"
 #include "platform/x11/X11WindowServer.h"
@@ -50,7 +51,10 @@ std::unique_ptr<X11Platform> X11Platform::connect(const char* displayName, std::
     p.requests_ = std::move(requests);
     p.eventsReader_ = std::make_unique<X11WindowReader>(*p.events_);
     p.requestsReader_ = std::make_unique<X11WindowReader>(*p.requests_);
-    p.input_ = std::make_unique<X11InputService>(*p.events_, p.requests_.get());
+    // A third connection waits for pointer motion during a gesture on a thread of its own.
+    p.input_ = std::make_unique<X11InputService>(
+        *p.events_, p.requests_.get(),
+        X11MotionFollower::create(XcbConnection::open(displayName, nullptr, &p.events_->atoms())));
     p.windowServer_ = std::make_unique<X11WindowServer>(*p.eventsReader_);
     p.windowControl_ = std::make_unique<X11WindowControl>(*p.requests_, *p.requestsReader_);
     p.displays_ = std::make_unique<X11DisplayService>(*p.events_, *p.eventsReader_);

@@ -294,6 +294,11 @@ void FakeDesktop::deliverPointer(Point p, std::optional<std::uint64_t> flags, In
             monitor->callback(eventFlags);
         }
     }
+    for (Monitor* follower : std::vector(motionFollowers_)) {
+        if (std::ranges::count(motionFollowers_, follower)) {
+            follower->callback(eventFlags);
+        }
+    }
 }
 
 void FakeDesktop::movePointer(Point p, std::optional<std::uint64_t> flags) {
@@ -336,6 +341,18 @@ std::unique_ptr<MonitorToken> FakeDesktop::addPointerMovedMonitor(PointerMovedCa
     auto monitor = std::make_unique<Monitor>(Monitor{monitors_, std::move(callback)});
     monitors_.push_back(monitor.get());
     return std::make_unique<FakeMonitorToken>(std::move(monitor));
+}
+
+// Offered together with sampling, as a desktop that can read the pointer from any thread can
+// also say when it moved.
+std::unique_ptr<MonitorToken> FakeDesktop::followPointerMotion(std::function<void()> moved) {
+    if (!pointerSamplingOffered) {
+        return nullptr;
+    }
+    auto follower = std::make_unique<Monitor>(
+        Monitor{motionFollowers_, [moved = std::move(moved)](std::uint64_t) { moved(); }});
+    motionFollowers_.push_back(follower.get());
+    return std::make_unique<FakeMonitorToken>(std::move(follower));
 }
 
 namespace {

@@ -157,6 +157,7 @@ class FakeDesktop final : public InputService,
     std::optional<PointerSample> samplePointer() override;
     std::uint64_t currentModifierFlags() override { return flags_; }
     std::unique_ptr<MonitorToken> addPointerMovedMonitor(PointerMovedCallback callback) override;
+    std::unique_ptr<MonitorToken> followPointerMotion(std::function<void()> moved) override;
     // WindowServer
     std::optional<WindowDescription> windowAt(Point point) override;
     std::vector<WindowDescription> onScreenWindows() override;
@@ -210,6 +211,7 @@ class FakeDesktop final : public InputService,
     std::map<std::string, ApplicationIcon> installed_;
     std::vector<Tap*> taps_;
     std::vector<Monitor*> monitors_;
+    std::vector<Monitor*> motionFollowers_;
     mutable std::mutex pointerMutex_;  // the pointer is also sampled from background threads
     Point pointer_;
     std::atomic<std::size_t> pointerSamples_{0};

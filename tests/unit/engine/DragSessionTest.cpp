@@ -270,6 +270,28 @@ TEST_F(DragSessionTest, SampledTicksFollowThePointerOnTheirOwnAndSkipWhenItCanno
     EXPECT_EQ(desktop.frameOf(window).origin(), (Point{400, 400}));
 }
 
+TEST_F(DragSessionTest, AMoveFollowsEachMotionAtOnceWhileAResizeKeepsTheTicksPace) {
+    desktop.pointerSamplingOffered = true;
+    desktop.movePointer({200, 200});
+    startMove({200, 200});
+    desktop.movePointer({230, 210});
+    desktop.runPendingQueueWork();  // no time passes
+    EXPECT_EQ(desktop.frameOf(window).origin(), (Point{130, 110}));
+    session.end();
+    desktop.runPendingQueueWork();
+    desktop.clearWrites();
+    desktop.movePointer({300, 300});
+    desktop.runPendingQueueWork();
+    EXPECT_TRUE(desktop.writes().empty()) << "an ended gesture follows nothing";
+
+    startResize({300, 300});
+    desktop.movePointer({320, 330});
+    desktop.runPendingQueueWork();
+    EXPECT_TRUE(desktop.writes().empty());
+    desktop.advance(8ms);
+    EXPECT_FALSE(desktop.writes().empty());
+}
+
 TEST_F(DragSessionTest, APointerSampledAcrossTheEndOfAGestureIsAppliedToNeither) {
     desktop.pointerSamplingOffered = true;
     desktop.movePointer({200, 200});
