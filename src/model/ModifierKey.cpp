@@ -6,17 +6,24 @@ namespace {
 
 // The X11 backend reports option as Mod1 (Alt) and command as Mod4 (Super); fn never reaches X.
 constexpr std::array<ModifierKey, 5> kTable{{
-    {"fn", "fn", 0x800000, 0},
-    {"shift", "\u21E7", 0x20000, 0x1},
-    {"control", "\u2303", 0x40000, 0x4},
-    {"option", "\u2325", 0x80000, 0x8},
-    {"command", "\u2318", 0x100000, 0x40},
+    {"fn", "Fn", 0x800000, 0},
+    {"shift", "Shift", 0x20000, 0x1},
+    {"control", "Ctrl", 0x40000, 0x4},
+    {"option", "Alt", 0x80000, 0x8},
+    {"command", "Super", 0x100000, 0x40},
 }};
+
+constexpr std::array<ModifierKey, ModifierKey::availableCount> kAvailable{kTable[1], kTable[2],
+                                                                          kTable[3], kTable[4]};
 
 }  // namespace
 
 const std::array<ModifierKey, 5>& ModifierKey::allKeys() {
     return kTable;
+}
+
+const std::array<ModifierKey, ModifierKey::availableCount>& ModifierKey::availableKeys() {
+    return kAvailable;
 }
 
 const ModifierKey& ModifierKey::fn() {

@@ -63,7 +63,11 @@ bool ModifierKeySet::contains(std::string_view name) const {
     return bit && (bits_ & *bit) != 0;
 }
 
+// A key X never reports would make the combination impossible to hold.
 void ModifierKeySet::insert(const ModifierKey& key) {
+    if (!key.isAvailable()) {
+        return;
+    }
     if (const auto bit = bitOf(key.name)) {
         bits_ |= *bit;
     }

@@ -14,7 +14,8 @@
 namespace gf {
 
 // An unordered set of modifier keys, such as the keys to hold for a move. Held as a bit per table
-// row so that the per-event subset test neither allocates nor touches shared state.
+// row so that the per-event subset test neither allocates nor touches shared state. It only ever
+// holds keys that X reports: fn, which a set stored by another build may name, is left out.
 class ModifierKeySet {
   public:
     ModifierKeySet() = default;
@@ -36,7 +37,8 @@ class ModifierKeySet {
     // {"keys":[{"name":"control"},{"name":"command"}]}, compact, members in table order.
     QByteArray toJson() const;
 
-    // Accepts the members in any order and ignores repeats and unknown JSON members. Fails as a
+    // Accepts the members in any order and ignores repeats and unknown JSON members; "fn" is
+    // read and left out, so such a set still loads and works with its other keys. Fails as a
     // whole on an unknown key name ("Unknown modifier key: <name>"), a missing member or a member
     // of the wrong type; `error`, when given, receives the description.
     static std::optional<ModifierKeySet> fromJson(const QByteArray& json, QString* error = nullptr);

@@ -1,18 +1,20 @@
 #include "ui/ModifierKeyPicker.h"
 
 #include <QHBoxLayout>
+#include <cassert>
 
 namespace gf {
 
 namespace {
 
 std::size_t indexOf(const ModifierKey& key) {
-    const auto& keys = ModifierKey::allKeys();
+    const auto& keys = ModifierKey::availableKeys();
     for (std::size_t i = 0; i < keys.size(); ++i) {
         if (keys[i] == key) {
             return i;
         }
     }
+    assert(false && "only keys X reports have a checkbox");
     return 0;
 }
 
@@ -34,13 +36,8 @@ ModifierKeyPicker::ModifierKeyPicker(const QString& label, Settings& settings,
     label_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     layout->addWidget(label_.get(), 0, Qt::AlignVCenter);
 
-    QFont symbolFont = font();
-    symbolFont.setPointSize(symbolPointSize);
-    for (const ModifierKey& key : ModifierKey::allKeys()) {
+    for (const ModifierKey& key : ModifierKey::availableKeys()) {
         auto box = std::make_unique<QCheckBox>(toQString(key.symbol));
-        box->setFont(symbolFont);
-        box->setToolTip(keyboardName(key));
-        box->setAccessibleName(keyboardName(key));
         QObject::connect(box.get(), &QCheckBox::clicked, this, [this, &key] { toggle(key); });
         layout->addWidget(box.get(), 0, Qt::AlignVCenter);
         boxes_[indexOf(key)] = std::move(box);
@@ -58,22 +55,6 @@ QCheckBox& ModifierKeyPicker::checkBox(const ModifierKey& key) {
     return *boxes_[indexOf(key)];
 }
 
-QString ModifierKeyPicker::keyboardName(const ModifierKey& key) {
-    if (key == ModifierKey::command()) {
-        return QStringLiteral("Super");
-    }
-    if (key == ModifierKey::option()) {
-        return QStringLiteral("Alt");
-    }
-    if (key == ModifierKey::control()) {
-        return QStringLiteral("Ctrl");
-    }
-    if (key == ModifierKey::shift()) {
-        return QStringLiteral("Shift");
-    }
-    return QStringLiteral("Fn");
-}
-
 // The stored set decides, not the checkbox's new state, so a click always flips exactly one key
 // of what Settings holds now.
 void ModifierKeyPicker::toggle(const ModifierKey& key) {
@@ -88,7 +69,7 @@ void ModifierKeyPicker::toggle(const ModifierKey& key) {
 }
 
 void ModifierKeyPicker::showKeys(const ModifierKeySet& set) {
-    for (const ModifierKey& key : ModifierKey::allKeys()) {
+    for (const ModifierKey& key : ModifierKey::availableKeys()) {
         boxes_[indexOf(key)]->setChecked(set.contains(key));
     }
 }

@@ -13,26 +13,22 @@
 namespace gf {
 
 // One row of checkboxes editing a modifier-key preference: a 140-point label column aligned to
-// its trailing edge, then one checkbox per key in table order (fn, shift, control, option,
-// command), captioned with the key's symbol. Each click writes the whole changed set back in one
-// assignment, so Settings stores and announces it once.
+// its trailing edge, then one checkbox per key X reports, captioned with the key's name as Linux
+// keyboards and shortcut editors write it (Shift, Ctrl, Alt, Super). Each click writes the whole
+// changed set back in one assignment, so Settings stores and announces it once.
 class ModifierKeyPicker : public QWidget {
     Q_OBJECT
 
   public:
     static constexpr int labelColumnWidth = 140;
-    static constexpr int symbolPointSize = 12;
 
     ModifierKeyPicker(const QString& label, Settings& settings, ModifierKeySetProperty property,
                       QWidget* parent = nullptr);
     ~ModifierKeyPicker() override;
 
-    // The checkbox of `key`, for layout and tests.
+    // The checkbox of `key`, which must be one of ModifierKey::availableKeys().
     QCheckBox& checkBox(const ModifierKey& key);
     QLabel& label() { return *label_; }
-
-    // How this platform's keyboards label the key ("Super" for command, "Alt" for option...).
-    static QString keyboardName(const ModifierKey& key);
 
   private:
     void toggle(const ModifierKey& key);
@@ -41,7 +37,7 @@ class ModifierKeyPicker : public QWidget {
     Settings& settings_;
     ModifierKeySetProperty property_;
     std::unique_ptr<QLabel> label_;
-    std::array<std::unique_ptr<QCheckBox>, 5> boxes_;
+    std::array<std::unique_ptr<QCheckBox>, ModifierKey::availableCount> boxes_;
 };
 
 }  // namespace gf
