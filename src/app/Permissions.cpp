@@ -31,6 +31,12 @@ bool requestPermissions(GrantService& grants) {
     return trusted;
 }
 
+void requestAccessibility(GrantService& grants) {
+    if (!requestPermissions(grants)) {
+        openInputMonitoringSettings(grants);
+    }
+}
+
 void requestInputMonitoring(GrantService& grants) {
     if (!requestInputAccessAndLog(grants)) {
         openInputMonitoringSettings(grants);

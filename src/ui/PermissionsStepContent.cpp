@@ -42,9 +42,10 @@ std::unique_ptr<QWidget> PermissionsStepContent::makeRows() {
     rows->setLayout(layout.release());
     rows_ = rows.get();
 
-    // The requests only ask the desktop; the rows change when the poll sees the grant.
+    // The requests ask the desktop and, while a grant is missing, show where it comes from; the
+    // rows change only when the poll sees the grant.
     connect(&accessibilityRow_->grantButton(), &QPushButton::clicked, this,
-            [this] { requestPermissions(grants_); });
+            [this] { requestAccessibility(grants_); });
     connect(&inputMonitoringRow_->grantButton(), &QPushButton::clicked, this,
             [this] { requestInputMonitoring(grants_); });
     return rows;
@@ -92,8 +93,22 @@ void PermissionsStepContent::showGrants() {
         addExplanation(
             QStringLiteral("Glimmerfold needs two permissions to move and resize windows."),
             TextStyle::body, true);
+        showWhyUnavailable();
     }
     rows_->setVisible(!allGranted);
+}
+
+// Where asking cannot help, the page says so rather than leave the user pressing buttons; the
+// buttons carry the same sentence, and pressing one opens the page that explains it at length.
+void PermissionsStepContent::showWhyUnavailable() {
+    const QString reason = QString::fromStdString(grants_.whyUnavailable());
+    for (PermissionRow* row : {accessibilityRow_, inputMonitoringRow_}) {
+        row->grantButton().setToolTip(reason);
+    }
+    if (!reason.isEmpty()) {
+        // The one thing on the page the user can act on: not dimmed like the explanations.
+        addExplanation(reason, TextStyle::body, true).setPalette(palette());
+    }
 }
 
 }  // namespace gf

@@ -15,7 +15,8 @@ namespace gf {
 
 // The wizard's permissions page. It shows the two grants as they were when the page was made and
 // reads them again every 2.0 seconds while the page is on screen, so a grant given in the
-// meantime shows up by itself; "Continue" works only with both grants present.
+// meantime shows up by itself; "Continue" works only with both grants present. Where a grant
+// cannot be had in this session at all, it says why and what to do instead.
 class PermissionsStepContent : public WizardPage {
     Q_OBJECT
 
@@ -41,6 +42,7 @@ class PermissionsStepContent : public WizardPage {
     std::unique_ptr<QWidget> makeRows();
     void poll();
     void showGrants();
+    void showWhyUnavailable();
 
     std::function<void()> onContinue_;
     GrantService& grants_;

@@ -6,8 +6,12 @@
 
 namespace gf {
 
+X11GrantService::X11GrantService(InputExtensions present, EnvironmentLookup environment)
+    : extensions_(present), environment_(std::move(environment)) {}
+
 X11GrantService::X11GrantService(bool inputExtensionsPresent, EnvironmentLookup environment)
-    : inputExtensionsPresent_(inputExtensionsPresent), environment_(std::move(environment)) {}
+    : X11GrantService(InputExtensions{inputExtensionsPresent, inputExtensionsPresent},
+                      std::move(environment)) {}
 
 std::optional<std::string> X11GrantService::processEnvironment(const char* name) {
     const char* value = std::getenv(name);
@@ -28,7 +32,7 @@ bool X11GrantService::isAccessibilityGranted() {
 }
 
 bool X11GrantService::isInputMonitoringGranted() {
-    return inputExtensionsPresent_ && !isWaylandSession(environment_);
+    return extensions_.keyboard && extensions_.input && !isWaylandSession(environment_);
 }
 
 bool X11GrantService::requestAccessibility() {
@@ -39,9 +43,39 @@ bool X11GrantService::requestInputMonitoring() {
     return isInputMonitoringGranted();
 }
 
+// Nothing can be asked for on X11, so whatever is missing stays missing until the session or
+// the server changes; the sentence names which of the two it is.
+std::string X11GrantService::whyUnavailable() {
+    if (isWaylandSession(environment_)) {
+        return "In a Wayland session Glimmerfold can neither see nor move other applications' "
+               "windows: log out and choose an X11 (Xorg) session at the login screen.";
+    }
+    return missingExtensionsReason();
+}
+
+std::string X11GrantService::missingExtensionsReason() const {
+    if (!extensions_.keyboard && !extensions_.input) {
+        return "This X server offers neither XKEYBOARD nor XInput 2.1, which Glimmerfold needs to "
+               "see the modifier keys and the pointer: run it on an X server that has both, as "
+               "every current Xorg server does.";
+    }
+    if (!extensions_.keyboard) {
+        return "This X server does not offer the XKEYBOARD extension, which Glimmerfold needs to "
+               "see the modifier keys: run it on an X server that has it, as every current Xorg "
+               "server does.";
+    }
+    if (!extensions_.input) {
+        return "This X server does not offer XInput 2.1, which Glimmerfold needs to follow the "
+               "pointer: run it on an X server that has it, as every current Xorg server does.";
+    }
+    return {};
+}
+
 void X11GrantService::showWhereToGrant() {
-    std::cerr << "Glimmerfold needs an X11 session: log out and choose an X11 (Xorg) session "
-                 "at the login screen.\n";
+    const std::string reason = whyUnavailable();
+    if (!reason.empty()) {
+        std::cerr << reason << '\n';
+    }
 }
 
 }  // namespace gf

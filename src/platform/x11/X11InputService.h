@@ -38,6 +38,8 @@ class X11InputService final : public InputService, public X11EventListener {
 
     // Whether both input extensions are present, so that taps can be created.
     bool canObserveInput() const { return hasKeyboardExtension_ && hasInputExtension_; }
+    bool hasKeyboardExtension() const { return hasKeyboardExtension_; }
+    bool hasInputExtension() const { return hasInputExtension_; }
 
     std::unique_ptr<EventTap> createEventTap(EventCallback callback) override;
     std::optional<Point> currentPointerPosition() override;

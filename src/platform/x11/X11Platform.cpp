@@ -60,8 +60,10 @@ std::unique_ptr<X11Platform> X11Platform::connect(const char* displayName, std::
     p.displays_ = std::make_unique<X11DisplayService>(*p.events_, *p.eventsReader_);
     p.applications_ = std::make_unique<X11ApplicationRegistry>(
         *p.events_, *p.eventsReader_, &DesktopEntryIndex::standardDirectories);
-    p.grants_ = std::make_unique<X11GrantService>(p.input_->canObserveInput(),
-                                                  &X11GrantService::processEnvironment);
+    p.grants_ = std::make_unique<X11GrantService>(
+        X11GrantService::InputExtensions{p.input_->hasKeyboardExtension(),
+                                         p.input_->hasInputExtension()},
+        &X11GrantService::processEnvironment);
     p.pump_ = std::make_unique<X11EventPump>(*p.events_, *p.input_, [&p] { p.connectionLost(); });
     if (p.events_->hasError() || p.requests_->hasError()) {
         if (error != nullptr) {

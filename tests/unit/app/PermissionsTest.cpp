@@ -4,6 +4,7 @@
 
 #include <QFile>
 #include <QTemporaryDir>
+#include <algorithm>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -11,6 +12,7 @@
 #include "UrlRecorder.h"
 #include "fake/FakeDesktop.h"
 #include "model/DebugLog.h"
+#include "platform/x11/X11GrantService.h"
 
 namespace gf::test {
 namespace {
@@ -59,6 +61,37 @@ TEST_F(PermissionsTest, RequestsLogEachAnswerAndOnlyAMissingInputGrantShowsWhere
     QFile page(opened.urls().front().toLocalFile());
     ASSERT_TRUE(page.open(QIODevice::ReadOnly)) << page.fileName().toStdString();
     EXPECT_TRUE(page.readAll().contains("Glimmerfold needs an X11 session"));
+}
+
+// What is printed names what is missing here: the X11 session, or an extension of this server.
+TEST_F(PermissionsTest, WhereToGrantSaysWhatIsMissingInThisSession) {
+    struct Case {
+        X11GrantService::InputExtensions extensions;
+        const char* session;
+        const char* says;
+        const char* never;
+    };
+    const Case cases[] = {
+        {{true, true}, "wayland", "choose an X11 (Xorg) session", "XInput"},
+        {{true, false}, "x11", "does not offer XInput 2.1", "log out"},
+        {{false, true}, "x11", "does not offer the XKEYBOARD extension", "log out"},
+        {{false, false}, "x11", "neither XKEYBOARD nor XInput 2.1", "session"},
+    };
+    for (const Case& c : cases) {
+        X11GrantService x11(c.extensions, [&c](const char* name) -> std::optional<std::string> {
+            return std::string(name) == "XDG_SESSION_TYPE" ? std::optional<std::string>(c.session)
+                                                           : std::nullopt;
+        });
+        testing::internal::CaptureStderr();
+        requestInputMonitoring(x11);
+        const std::string printed = testing::internal::GetCapturedStderr();
+        EXPECT_NE(printed.find(c.says), std::string::npos) << printed;
+        EXPECT_EQ(printed.find(c.never), std::string::npos) << printed;
+        EXPECT_EQ(std::count(printed.begin(), printed.end(), '\n'), 1) << printed;
+        EXPECT_EQ(x11.whyUnavailable() + "\n", printed);
+    }
+    X11GrantService complete(true, [](const char*) { return std::optional<std::string>(); });
+    EXPECT_EQ(complete.whyUnavailable(), "");
 }
 
 }  // namespace

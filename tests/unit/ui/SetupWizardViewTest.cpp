@@ -1,6 +1,8 @@
 #include <QPointer>
 
 #include "UiTestFixture.h"
+#include "UrlRecorder.h"
+#include "platform/x11/X11GrantService.h"
 #include "ui/ModifierKeyPicker.h"
 #include "ui/PermissionsStepContent.h"
 #include "ui/SetupWizardView.h"
@@ -37,6 +39,7 @@ class SetupWizardViewTest : public UiTest {
     }
 
     std::unique_ptr<SetupWizardView> wizard_;
+    UrlRecorder opened{{QStringLiteral("file")}};
 };
 
 TEST_F(SetupWizardViewTest, WalksForwardThroughTheFourPages) {
@@ -87,21 +90,53 @@ TEST_F(SetupWizardViewTest, ContinueWorksOnlyWithBothGrantsWhichThePollPicksUp) 
     EXPECT_EQ(permissions.titleLabel().text(), QStringLiteral("Grant Permissions"));
 }
 
-TEST_F(SetupWizardViewTest, GrantAccessOnlyAsksTheDesktop) {
+TEST_F(SetupWizardViewTest, GrantAccessAsksTheDesktopAndShowsWhereToGrantWhileMissing) {
     setGrants(false, false);
     PermissionsStepContent& permissions = permissionsPage();
     FakeDesktop& grants = desktop();
     permissions.accessibilityRow().grantButton().click();
     EXPECT_EQ(grants.accessibilityRequests, 1);
+    EXPECT_EQ(grants.whereToGrantShown, 1);
     const int inputRequests = grants.inputMonitoringRequests;
     permissions.inputMonitoringRow().grantButton().click();
     EXPECT_EQ(grants.accessibilityRequests, 1);
     EXPECT_EQ(grants.inputMonitoringRequests, inputRequests + 1);
-    EXPECT_GE(grants.whereToGrantShown, 1);
+    EXPECT_EQ(grants.whereToGrantShown, 2);
+    EXPECT_EQ(opened.urls().size(), 2) << "each opens the page about X11 sessions";
     // Granted or not, the rows change only when the poll looks again.
     grants.accessibilityGranted = true;
     permissions.accessibilityRow().grantButton().click();
     EXPECT_FALSE(permissions.accessibilityRow().isGranted());
+}
+
+// Under Wayland no grant can be had: the page says why and what to do in one sentence, which
+// both buttons carry too; the X11 session's page says nothing of the kind.
+TEST_F(SetupWizardViewTest, WhereGrantsCannotBeHadThePageSaysWhyAndWhatToDo) {
+    const auto session = [](const char* type) {
+        return [type](const char* name) -> std::optional<std::string> {
+            return std::string(name) == "XDG_SESSION_TYPE" ? std::optional<std::string>(type)
+                                                           : std::nullopt;
+        };
+    };
+    X11GrantService wayland(true, session("wayland"));
+    PermissionsStepContent page({}, wayland, desktop());
+    page.show();
+    const QString reason = QString::fromStdString(wayland.whyUnavailable());
+    EXPECT_TRUE(reason.contains("log out and choose an X11 (Xorg) session"))
+        << reason.toStdString();
+    ASSERT_FALSE(page.explanations().empty());
+    EXPECT_EQ(page.explanations().back()->text(), reason);
+    EXPECT_TRUE(page.explanations().back()->isVisible());
+    EXPECT_EQ(page.accessibilityRow().grantButton().toolTip(), reason);
+    EXPECT_EQ(page.inputMonitoringRow().grantButton().toolTip(), reason);
+    EXPECT_FALSE(page.button().isEnabled());
+
+    X11GrantService x11(true, session("x11"));
+    PermissionsStepContent granted({}, x11, desktop());
+    EXPECT_EQ(granted.titleLabel().text(), QStringLiteral("Permissions Granted!"));
+    for (const auto& explanation : granted.explanations()) {
+        EXPECT_FALSE(explanation->text().contains("X11")) << explanation->text().toStdString();
+    }
 }
 
 TEST_F(SetupWizardViewTest, PollRunsExactlyWhileThePermissionsPageIsShown) {
