@@ -1,11 +1,5 @@
 #pragma once
 
-#include <chrono>
-#include <functional>
-#include <memory>
-
-#include "platform/Timer.h"
-
 namespace gf {
 
 class AppState;
@@ -15,24 +9,13 @@ class AppState;
 // end (stop the engine, putting back what a gesture in progress changed).
 class AppDelegate {
   public:
-    // Started at login, Glimmerfold may come up before the panel's tray does.
-    static constexpr std::chrono::milliseconds trayWaitLimit{3000};
-    static constexpr std::chrono::milliseconds trayCheckPeriod{250};
-
-    // trayAvailable answers whether the desktop has a tray for the item.
-    AppDelegate(AppState& appState, std::function<bool()> trayAvailable);
-    ~AppDelegate();
+    explicit AppDelegate(AppState& appState);
 
     void applicationDidFinishLaunching();
     void applicationWillTerminate();
 
   private:
-    void checkForTray();
-
     AppState& appState_;
-    std::function<bool()> trayAvailable_;
-    std::unique_ptr<Timer> trayWait_;
-    std::chrono::milliseconds trayWaited_{0};
 };
 
 }  // namespace gf

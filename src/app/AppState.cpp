@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <cassert>
+#include <iostream>
 
 #include "app/AppWindow.h"
 #include "app/BuildInfo.h"
@@ -18,9 +19,8 @@ namespace {
 
 AppState* sharedInstance = nullptr;
 
-const AppWindow::Style settingsWindowStyle{QStringLiteral("Glimmerfold"), QSize(650, 450), true};
-const AppWindow::Style setupWizardStyle{QStringLiteral("Welcome to Glimmerfold"), QSize(500, 400),
-                                        false};
+const AppWindow::Style settingsWindowStyle{QStringLiteral("Glimmerfold"), QSize(650, 450)};
+const AppWindow::Style setupWizardStyle{QStringLiteral("Welcome to Glimmerfold"), QSize(500, 400)};
 
 }  // namespace
 
@@ -40,6 +40,7 @@ AppState::AppState(Settings& settings, Platform& platform, UiFactory& ui, QObjec
 
 AppState::~AppState() {
     permissionTimer_.reset();
+    trayWait_.reset();
     stopEngine();
     sharedInstance = nullptr;
 }
@@ -64,6 +65,10 @@ void AppState::setTaskbarPresence(TaskbarPresence* presence) {
     taskbarPresence_ = presence;
 }
 
+void AppState::setTrayAvailability(std::function<bool()> trayAvailable) {
+    trayAvailable_ = std::move(trayAvailable);
+}
+
 void AppState::setup() {
     if (!settings_.hasCompletedSetup()) {
         showSetupWizard();
@@ -80,7 +85,35 @@ void AppState::setup() {
     applyDockIconPolicy(settings_.showInDock());
     if (!settings_.showMenuBarIcon()) {
         showSettingsWindow();
+    } else {
+        waitForTray();
     }
+}
+
+// Without a tray the item cannot be reached, which is the hidden item's situation: the Settings
+// window is the way in. Finishing the wizard comes here too, as launching does.
+void AppState::waitForTray() {
+    if (!trayAvailable_ || trayAvailable_() || isWaitingForTray()) {
+        return;
+    }
+    trayWaited_ = std::chrono::milliseconds(0);
+    trayWait_ = platform_.mainThread.scheduleRepeating(trayCheckPeriod, [this] { checkForTray(); });
+}
+
+void AppState::checkForTray() {
+    trayWaited_ += trayCheckPeriod;
+    if (trayAvailable_()) {
+        trayWait_.reset();
+        return;
+    }
+    if (trayWaited_ < trayWaitLimit) {
+        return;
+    }
+    trayWait_.reset();
+    std::cout << "No system tray is available on this desktop, so Glimmerfold shows its "
+                 "Settings window instead of a tray icon."
+              << std::endl;
+    showSettingsWindow();
 }
 
 void AppState::startEngine() {
@@ -160,6 +193,8 @@ void AppState::showSetupWizard() {
         setupWizardWindow_ =
             std::make_unique<AppWindow>(setupWizardStyle, ui_.createSetupWizardView(*this));
         setupWizardWindow_->centerOnScreen();
+        connect(setupWizardWindow_.get(), &AppWindow::closed, this,
+                &AppState::handleSetupWizardClosed);
     }
     applyTaskbarPolicy(*setupWizardWindow_);
     setupWizardWindow_->present();
@@ -173,6 +208,15 @@ void AppState::closeSetupWizardWindow() {
     // Usually called from a button inside the wizard, whose click is still
     // being delivered: the window may only go once control is back in the loop.
     setupWizardWindow_.release()->deleteLater();
+}
+
+// Before setup was ever completed nothing runs but the wizard, so closing it ends the program.
+// Afterwards only the wizard goes; reopened, it starts again from its first page.
+void AppState::handleSetupWizardClosed() {
+    closeSetupWizardWindow();
+    if (!settings_.hasCompletedSetup()) {
+        emit quitRequested();
+    }
 }
 
 QWidget* AppState::settingsWindow() const {

@@ -3,6 +3,7 @@
 #include <QObject>
 #include <QWidget>
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -32,6 +33,9 @@ class AppState : public QObject {
 
   public:
     static constexpr std::chrono::milliseconds permissionPollPeriod{2000};
+    // Started at login, Glimmerfold may come up before the panel's tray does.
+    static constexpr std::chrono::milliseconds trayWaitLimit{3000};
+    static constexpr std::chrono::milliseconds trayCheckPeriod{250};
 
     AppState(Settings& settings, Platform& platform, UiFactory& ui, QObject* parent = nullptr);
     ~AppState() override;
@@ -52,10 +56,13 @@ class AppState : public QObject {
     // Where the taskbar policy is carried out; without one it is only recorded.
     // Not owned; must outlive this object or be reset to nullptr.
     void setTaskbarPresence(TaskbarPresence* presence);
+    // Answers whether the desktop has a tray for the item; until one is given,
+    // a tray is assumed.
+    void setTrayAvailability(std::function<bool()> trayAvailable);
 
     // The start-up decision: the wizard on first run, otherwise the engine,
     // the poll when input cannot be observed, the taskbar policy, and the
-    // Settings window when the tray item is hidden.
+    // Settings window when the tray item is hidden or no tray comes up.
     void setup();
     void startEngine();
     // Follows a change of isEnabled.
@@ -74,17 +81,24 @@ class AppState : public QObject {
     QWidget* settingsWindow() const;
     QWidget* setupWizardWindow() const;
     bool isPollingPermission() const;
+    bool isWaitingForTray() const { return trayWait_ != nullptr; }
     // The taskbar policy last applied; empty before setup applied one.
     std::optional<bool> listedInTaskbar() const { return listedInTaskbar_; }
 
   signals:
     void hasPermissionChanged(bool value);
+    // The program should end: the wizard was closed before setup was ever
+    // completed, which leaves nothing to run.
+    void quitRequested();
 
   private:
     void observeSettings();
     void setHasPermission(bool value);
     void startPermissionPoll();
     void applyTaskbarPolicy(AppWindow& window);
+    void waitForTray();
+    void checkForTray();
+    void handleSetupWizardClosed();
 
     bool hasPermission_ = false;
     Settings& settings_;
@@ -93,6 +107,9 @@ class AppState : public QObject {
     std::unique_ptr<EventTapManager> eventTapManager_;
     std::unique_ptr<AutoRaiseManager> autoRaiseManager_;
     std::unique_ptr<Timer> permissionTimer_;
+    std::function<bool()> trayAvailable_;
+    std::unique_ptr<Timer> trayWait_;
+    std::chrono::milliseconds trayWaited_{0};
     std::unique_ptr<AppWindow> settingsWindow_;
     std::unique_ptr<AppWindow> setupWizardWindow_;
     std::unique_ptr<UpdateController> updaterController_;

@@ -8,19 +8,14 @@ namespace gf {
 
 namespace {
 
-Qt::WindowFlags flagsFor(bool closable) {
-    Qt::WindowFlags flags = Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint;
-    if (closable) {
-        flags |= Qt::WindowCloseButtonHint | Qt::WindowMinimizeButtonHint;
-    }
-    return flags;
-}
+constexpr Qt::WindowFlags decoratedWindow = Qt::Window | Qt::CustomizeWindowHint |
+                                            Qt::WindowTitleHint | Qt::WindowCloseButtonHint |
+                                            Qt::WindowMinimizeButtonHint;
 
 }  // namespace
 
 AppWindow::AppWindow(const Style& style, std::unique_ptr<QWidget> content)
-    : QWidget(nullptr, flagsFor(style.closable)),
-      closable_(style.closable),
+    : QWidget(nullptr, decoratedWindow),
       layout_(std::make_unique<QVBoxLayout>()),
       content_(std::move(content)) {
     setWindowTitle(style.title);
@@ -55,11 +50,8 @@ void AppWindow::present() {
 }
 
 void AppWindow::closeEvent(QCloseEvent* event) {
-    if (closable_) {
-        event->accept();
-    } else {
-        event->ignore();
-    }
+    event->accept();
+    emit closed();
 }
 
 }  // namespace gf

@@ -9,8 +9,8 @@
 namespace gf {
 
 // A top-level window of fixed size hosting one view: the Settings window and
-// the setup wizard. A window without a close button also refuses the window
-// manager's close request (Alt+F4), so the wizard can only end by finishing.
+// the setup wizard. Both can be closed like any other window; what closing
+// means is up to whoever made the window.
 class AppWindow : public QWidget {
     Q_OBJECT
 
@@ -18,13 +18,11 @@ class AppWindow : public QWidget {
     struct Style {
         QString title;
         QSize size;
-        bool closable = true;
     };
 
     AppWindow(const Style& style, std::unique_ptr<QWidget> content);
     ~AppWindow() override;
 
-    bool isClosable() const { return closable_; }
     QWidget* content() const { return content_.get(); }
 
     // Places the window in the middle of the screen's free area.
@@ -32,11 +30,15 @@ class AppWindow : public QWidget {
     // Shows the window, brings it to the front and gives it the keyboard.
     void present();
 
+  signals:
+    // The user closed the window (its close button, the window manager's
+    // close, Alt+F4); hiding it from the program does not count.
+    void closed();
+
   protected:
     void closeEvent(QCloseEvent* event) override;
 
   private:
-    bool closable_;
     std::unique_ptr<QVBoxLayout> layout_;
     std::unique_ptr<QWidget> content_;  // declared last: goes before the layout
 };

@@ -22,8 +22,12 @@ GlimmerfoldApp::GlimmerfoldApp(Settings& settings, UiFactory& ui, X11Platform& x
       taskbarPresence_(X11TaskbarPresence::forApplication()),
       appState_(std::make_unique<AppState>(settings_, platform_, ui)),
       trayItem_(std::make_unique<TrayItem>(settings_, *appState_, ui)),
-      delegate_(std::make_unique<AppDelegate>(*appState_, &TrayItem::isTrayAvailable)) {
+      delegate_(std::make_unique<AppDelegate>(*appState_)) {
     appState_->setTaskbarPresence(taskbarPresence_.get());
+    appState_->setTrayAvailability(&TrayItem::isTrayAvailable);
+    // Queued: the request comes from inside a window's close, which should finish first.
+    connect(appState_.get(), &AppState::quitRequested, qApp, &QCoreApplication::quit,
+            Qt::QueuedConnection);
     // The toolkit notices the broken connection too and, given the chance, adds lines of its own
     // on the way out (its display library complains while closing); with the server gone there
     // is nothing left to tidy up on the screen, and every setting was saved when it was made, so

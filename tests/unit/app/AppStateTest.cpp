@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QFile>
+#include <QPointer>
 #include <QSignalSpy>
 #include <map>
 
@@ -15,6 +16,8 @@
 #include "engine/EventTapManager.h"
 #include "model/DebugLog.h"
 #include "ui/SettingsWindow.h"
+#include "ui/SetupWizardView.h"
+#include "ui/WizardPage.h"
 
 namespace gf::test {
 namespace {
@@ -44,7 +47,8 @@ class AppStateTest : public UiTest {
     // AppState reacts to changes only, so tests arrange the settings first.
     AppState& launch() {
         appState().setTaskbarPresence(&taskbar);
-        delegate = std::make_unique<AppDelegate>(appState(), [this] { return trayAvailable; });
+        appState().setTrayAvailability([this] { return trayAvailable; });
+        delegate = std::make_unique<AppDelegate>(appState());
         delegate->applicationDidFinishLaunching();
         return appState();
     }
@@ -73,7 +77,6 @@ TEST_F(AppStateTest, FirstRunShowsOnlyTheWizardUntilItFinishes) {
     QWidget* wizard = state.setupWizardWindow();
     ASSERT_NE(wizard, nullptr);
     EXPECT_TRUE(wizard->isVisible());
-    EXPECT_FALSE(wizard->close()) << "the wizard has no way out but finishing";
     EXPECT_EQ(state.settingsWindow(), nullptr);
 
     desktop().advance(10s);
@@ -82,6 +85,30 @@ TEST_F(AppStateTest, FirstRunShowsOnlyTheWizardUntilItFinishes) {
     EXPECT_FALSE(state.isPollingPermission());
     EXPECT_FALSE(state.hasPermission());
     EXPECT_FALSE(state.listedInTaskbar().has_value()) << "taskbar policy untouched on first run";
+}
+
+// The wizard's close button is the way out of a first run that cannot go on (no grants to be had
+// under Wayland); once setup was completed, closing the reopened wizard only closes it.
+TEST_F(AppStateTest, ClosingTheWizardQuitsOnlyBeforeSetupWasEverCompleted) {
+    settings().setHasCompletedSetup(false);
+    AppState& state = launch();
+    QSignalSpy quit(&state, &AppState::quitRequested);
+    QPointer<QWidget> wizard = state.setupWizardWindow();
+    ASSERT_FALSE(wizard.isNull());
+    EXPECT_TRUE(wizard->windowFlags().testFlag(Qt::WindowCloseButtonHint));
+    EXPECT_TRUE(wizard->close());
+    EXPECT_EQ(quit.count(), 1);
+    EXPECT_EQ(state.setupWizardWindow(), nullptr);
+    EXPECT_FALSE(settings().hasCompletedSetup());
+    processEvents();
+    EXPECT_TRUE(wizard.isNull());
+
+    settings().setHasCompletedSetup(true);
+    state.showSetupWizard();  // "Check Permissions..."
+    ASSERT_NE(state.setupWizardWindow(), nullptr);
+    EXPECT_TRUE(state.setupWizardWindow()->close());
+    EXPECT_EQ(quit.count(), 1) << "after setup, closing the wizard leaves the program running";
+    EXPECT_EQ(state.setupWizardWindow(), nullptr);
 }
 
 TEST_F(AppStateTest, EngineSwitchedOffRequestsNothingUntilSwitchedOn) {
@@ -172,7 +199,7 @@ TEST_F(AppStateTest, MissingTrayOpensTheSettingsWindowAndSaysWhyUnlessItComesSoo
     trayAvailable = false;
     testing::internal::CaptureStdout();
     AppState& state = launch();
-    desktop().advance(AppDelegate::trayWaitLimit - 1ms);
+    desktop().advance(AppState::trayWaitLimit - 1ms);
     EXPECT_EQ(state.settingsWindow(), nullptr) << "a panel may still be starting";
     desktop().advance(1ms);
     const std::string output = testing::internal::GetCapturedStdout();
@@ -180,6 +207,28 @@ TEST_F(AppStateTest, MissingTrayOpensTheSettingsWindowAndSaysWhyUnlessItComesSoo
     EXPECT_TRUE(state.settingsWindow()->isVisible());
     EXPECT_NE(output.find("No system tray is available"), std::string::npos) << output;
     EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 1);
+}
+
+// The first run's wizard is a window of its own; without a tray, Finish leads to Settings as a
+// later launch would.
+TEST_F(AppStateTest, FinishingTheWizardWithoutATrayOpensTheSettingsWindow) {
+    settings().setHasCompletedSetup(false);
+    trayAvailable = false;
+    testing::internal::CaptureStdout();
+    AppState& state = launch();
+    desktop().advance(10s);
+    EXPECT_EQ(state.settingsWindow(), nullptr);
+    auto* wizard = state.setupWizardWindow()->findChild<SetupWizardView*>();
+    ASSERT_NE(wizard, nullptr);
+    for (int step = 0; step < 4; ++step) {
+        qobject_cast<WizardPage*>(&wizard->page())->button().click();
+    }
+    ASSERT_TRUE(settings().hasCompletedSetup());
+    desktop().advance(AppState::trayWaitLimit);
+    const std::string output = testing::internal::GetCapturedStdout();
+    ASSERT_NE(state.settingsWindow(), nullptr);
+    EXPECT_TRUE(state.settingsWindow()->isVisible());
+    EXPECT_NE(output.find("No system tray is available"), std::string::npos) << output;
 }
 
 TEST_F(AppStateTest, TrayThatComesUpSoonAfterLaunchIsWaitedFor) {
