@@ -93,6 +93,12 @@ void UpdateController::startCheck(bool showResult) {
     if (pendingReply_) {
         return;
     }
+    if (feedUrl_.isEmpty()) {
+        UpdateCheckResult result;
+        result.kind = UpdateCheckResult::Kind::noFeed;
+        finish(result);
+        return;
+    }
     if (!isAcceptableUrl(feedUrl_)) {
         finish(failure(QStringLiteral("The update feed address \"%1\" is not an HTTPS address.")
                            .arg(feedUrl_.toDisplayString())));
@@ -178,6 +184,14 @@ void UpdateController::showResultDialog(const UpdateCheckResult& result) {
             dialog_->addButton(QStringLiteral("Later"), QMessageBox::RejectRole);
             break;
         }
+        case UpdateCheckResult::Kind::noFeed:
+            dialog_->setText(QStringLiteral(
+                "This build of Glimmerfold takes its updates from where it was installed."));
+            dialog_->setInformativeText(
+                QStringLiteral("A distribution package is updated by the package manager, "
+                               "together with the rest of the system."));
+            dialog_->setStandardButtons(QMessageBox::Ok);
+            break;
         case UpdateCheckResult::Kind::failed:
             dialog_->setText(QStringLiteral("Glimmerfold could not check for updates."));
             dialog_->setInformativeText(result.error);

@@ -15,7 +15,8 @@ namespace gf {
 
 // The outcome of one update check.
 struct UpdateCheckResult {
-    enum class Kind { upToDate, updateAvailable, failed };
+    // noFeed: this build has no release feed; it is updated by whatever installed it.
+    enum class Kind { upToDate, updateAvailable, failed, noFeed };
     Kind kind = Kind::failed;
     AppcastItem newest;  // set unless the check failed
     QString error;       // why the check failed
@@ -23,12 +24,14 @@ struct UpdateCheckResult {
 
 // Behind "Check for Updates...": fetches the release feed in the background,
 // compares its newest release with this build and tells the user in a dialog.
-// The feed's sparkle:version is compared with this build's version.
+// The feed's sparkle:version is compared with this build's version. A build
+// without a feed says where its updates come from instead.
 class UpdateController : public QObject {
     Q_OBJECT
 
   public:
-    // $GLIMMERFOLD_APPCAST_URL when set, else the feed configured at build time.
+    // $GLIMMERFOLD_APPCAST_URL when set, else the feed configured at build time;
+    // empty when there is none.
     static QUrl defaultFeedUrl();
     // Feeds and the pages they point to are fetched or opened only over HTTPS,
     // except on this machine's loopback interface (for tests and staging).

@@ -163,8 +163,22 @@ TEST_F(UpdateControllerTest, OnlyHttpsFeedsAreFetchedExceptFromLoopbackOrTheEnvi
     qputenv("GLIMMERFOLD_APPCAST_URL", "http://127.0.0.1:9/feed.xml");
     const QUrl overridden = UpdateController::defaultFeedUrl();
     qputenv("GLIMMERFOLD_APPCAST_URL", previous);
-    EXPECT_EQ(builtIn.scheme(), "https");
+    EXPECT_TRUE(builtIn.isEmpty() || builtIn.scheme() == "https")
+        << builtIn.toString().toStdString();
     EXPECT_EQ(overridden, QUrl("http://127.0.0.1:9/feed.xml"));
+}
+
+// A build without a feed of its own is updated by whatever installed it, and says so.
+TEST_F(UpdateControllerTest, WithoutAFeedTheAnswerIsWhereUpdatesComeFrom) {
+    UpdateController controller(QUrl(), "0.1.0");
+    const auto result = check(controller, true);
+    ASSERT_TRUE(result);
+    EXPECT_EQ(result->kind, UpdateCheckResult::Kind::noFeed);
+    ASSERT_NE(controller.resultDialog(), nullptr);
+    EXPECT_EQ(controller.resultDialog()->icon(), QMessageBox::Information);
+    EXPECT_TRUE(controller.resultDialog()->text().contains("from where it was installed"));
+    EXPECT_TRUE(controller.resultDialog()->informativeText().contains("package manager"));
+    EXPECT_EQ(server.requestCount(), 0);
 }
 
 }  // namespace
