@@ -1,7 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <xcb/xcb.h>
+
+#include <QImage>
 #include <csignal>
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 
 #include "GlimmerfoldLauncher.h"
 #include "x11/X11DesktopTest.h"
@@ -23,12 +28,13 @@ class GlimmerfoldAppTest : public X11DesktopTest {
         glimmerfold_ = std::make_unique<GlimmerfoldLauncher>(desktop());
     }
 
-    std::unique_ptr<ChildProcess> launch(const std::string& outputName) {
+    std::unique_ptr<ChildProcess> launch(const std::string& outputName,
+                                         GlimmerfoldLauncher::Environment environment = {}) {
         std::string error;
         // Only read when the program is built with AddressSanitizer.
+        environment.emplace_back("LSAN_OPTIONS", "suppressions=" GLIMMERFOLD_LSAN_SUPPRESSIONS);
         auto process =
-            glimmerfold_->launch(GLIMMERFOLD_EXECUTABLE, outputName, &error,
-                                 {{"LSAN_OPTIONS", "suppressions=" GLIMMERFOLD_LSAN_SUPPRESSIONS}});
+            glimmerfold_->launch(GLIMMERFOLD_EXECUTABLE, outputName, &error, environment);
         EXPECT_NE(process, nullptr) << error;
         return process;
     }
@@ -38,6 +44,40 @@ class GlimmerfoldAppTest : public X11DesktopTest {
         input().movePointerTo(static_cast<int>(x), static_cast<int>(y));
         input().pressButton(button);
         input().releaseButton(button);
+    }
+
+    // A window is mapped before it is drawn: the screen counts once the window's area differs
+    // from what was there before and two reads agree.
+    std::optional<QImage> drawnArea(const Rect& frame, const QImage& before) const {
+        const QRect area(static_cast<int>(frame.x), static_cast<int>(frame.y),
+                         static_cast<int>(frame.width), static_cast<int>(frame.height));
+        std::optional<QImage> screen;
+        QImage previous;
+        const bool drawn = waitUntil([&] {
+            screen = glimmerfold_->tray().grabScreen();
+            if (!screen) {
+                return false;
+            }
+            const QImage now = screen->copy(area);
+            const bool settled = now != before.copy(area) && now == previous;
+            previous = now;
+            return settled;
+        });
+        return drawn ? screen : std::nullopt;
+    }
+
+    // What a window manager sends when its close button is pressed.
+    void requestClose(WindowId window) {
+        xcb_client_message_event_t event{};
+        event.response_type = XCB_CLIENT_MESSAGE;
+        event.format = 32;
+        event.window = window;
+        event.type = probe().atom("WM_PROTOCOLS");
+        event.data.data32[0] = probe().atom("WM_DELETE_WINDOW");
+        event.data.data32[1] = XCB_CURRENT_TIME;
+        xcb_send_event(desktop().connection(), 0, window, XCB_EVENT_MASK_NO_EVENT,
+                       reinterpret_cast<const char*>(&event));
+        xcb_flush(desktop().connection());
     }
 
     std::unique_ptr<GlimmerfoldLauncher> glimmerfold_;
@@ -72,6 +112,8 @@ TEST_F(GlimmerfoldAppTest, MovesAWindowWhileControlSuperIsHeldAndQuitsFromTheTra
 
     // The menu opens from the tray icon, as a user would open it; it is the tall popup (a
     // tooltip may show too).
+    const std::optional<QImage> menuClosed = glimmerfold_->tray().grabScreen();
+    ASSERT_TRUE(menuClosed);
     clickAt(icon->x + icon->width / 2, icon->y + icon->height / 2, 3);
     const TrayProbe& tray = glimmerfold_->tray();
     std::optional<Rect> menuFrame;
@@ -84,8 +126,10 @@ TEST_F(GlimmerfoldAppTest, MovesAWindowWhileControlSuperIsHeldAndQuitsFromTheTra
         }
         return false;
     })) << "the tray menu did not open";
-    EXPECT_TRUE(
-        tray.saveScreenshot(std::filesystem::path(GLIMMERFOLD_SCREENSHOT_DIR) / "tray-menu.png"));
+    const std::optional<QImage> menuShown = drawnArea(*menuFrame, *menuClosed);
+    ASSERT_TRUE(menuShown) << "the tray menu was never drawn";
+    EXPECT_TRUE(TrayProbe::saveImage(
+        *menuShown, std::filesystem::path(GLIMMERFOLD_SCREENSHOT_DIR) / "tray-menu.png"));
 
     // "Quit Glimmerfold" is the last item.
     clickAt(menuFrame->x + menuFrame->width / 2, menuFrame->y + menuFrame->height - 12, 1);
@@ -128,6 +172,23 @@ TEST_F(GlimmerfoldAppTest, SecondLaunchShowsTheRunningOnesSettingsAndTermination
     processEventsFor(300ms);
     EXPECT_EQ(probe().frameGeometry(logo.window), moved);
     glimmerfold_->release(moveKeys);
+}
+
+// Under Wayland the first run cannot get past the grants; closing the wizard, as the window
+// manager's close button does, ends Glimmerfold cleanly instead of leaving it running unseen.
+TEST_F(GlimmerfoldAppTest, ClosingTheFirstRunWizardQuitsCleanly) {
+    std::ofstream(glimmerfold_->settingsFile()) << "[General]\nhasCompletedSetup=false\n";
+    auto glimmerfold = launch("glimmerfold.log", {{"XDG_SESSION_TYPE", "wayland"}});
+    ASSERT_NE(glimmerfold, nullptr);
+    std::optional<WindowId> wizard;
+    ASSERT_TRUE(waitUntil(
+        [&] { return (wizard = probe().findClientByClass("Glimmerfold")).has_value(); }, 10s))
+        << output("glimmerfold.log");
+    requestClose(*wizard);
+    EXPECT_EQ(glimmerfold->waitForExit(10s), 0) << output("glimmerfold.log");
+    std::stringstream settings;
+    settings << std::ifstream(glimmerfold_->settingsFile()).rdbuf();
+    EXPECT_NE(settings.str().find("hasCompletedSetup=false"), std::string::npos) << settings.str();
 }
 
 TEST_F(GlimmerfoldAppTest, WithoutATrayTheSettingsWindowOpensAndSaysWhy) {

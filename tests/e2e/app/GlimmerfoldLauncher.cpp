@@ -16,8 +16,12 @@ GlimmerfoldLauncher::GlimmerfoldLauncher(X11Desktop& desktop)
     std::filesystem::create_directories(home_ / "config/glimmerfold");
     std::filesystem::create_directories(home_ / "runtime");
     ::chmod((home_ / "runtime").c_str(), 0700);
-    std::ofstream(home_ / "config/glimmerfold/glimmerfold.conf") << "[General]\n"
-                                                                    "hasCompletedSetup=true\n";
+    std::ofstream(settingsFile()) << "[General]\n"
+                                     "hasCompletedSetup=true\n";
+}
+
+std::filesystem::path GlimmerfoldLauncher::settingsFile() const {
+    return home_ / "config/glimmerfold/glimmerfold.conf";
 }
 
 bool GlimmerfoldLauncher::startTrayHost() {

@@ -21,6 +21,8 @@ class GlimmerfoldLauncher {
     explicit GlimmerfoldLauncher(X11Desktop& desktop);
 
     const TrayProbe& tray() const { return tray_; }
+    // The settings file the program reads; it starts with setup completed.
+    std::filesystem::path settingsFile() const;
     // Starts trayer and waits until it holds the tray; false when it does not.
     bool startTrayHost();
     using Environment = std::vector<std::pair<std::string, std::string>>;

@@ -89,11 +89,11 @@ bool TrayProbe::hasState(WindowId window, const std::string& state) const {
     return std::find(atoms, atoms + count, probe_.atom(state)) != atoms + count;
 }
 
-bool TrayProbe::saveScreenshot(const std::filesystem::path& path) const {
+std::optional<QImage> TrayProbe::grabScreen() const {
     const auto geometry =
         xcbReply(connection_, xcb_get_geometry_reply, xcb_get_geometry(connection_, root_));
     if (!geometry || geometry->depth != 24) {
-        return false;
+        return std::nullopt;
     }
     const auto image = xcbReply(connection_, xcb_get_image_reply,
                                 xcb_get_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, root_, 0, 0,
@@ -102,12 +102,21 @@ bool TrayProbe::saveScreenshot(const std::filesystem::path& path) const {
     const int width = geometry->width;
     const int height = geometry->height;
     if (!image || xcb_get_image_data_length(image.get()) < width * height * 4) {
-        return false;
+        return std::nullopt;
     }
     const QImage view(xcb_get_image_data(image.get()), width, height, width * 4,
                       QImage::Format_RGB32);
+    return view.copy();
+}
+
+bool TrayProbe::saveScreenshot(const std::filesystem::path& path) const {
+    const std::optional<QImage> screen = grabScreen();
+    return screen && saveImage(*screen, path);
+}
+
+bool TrayProbe::saveImage(const QImage& image, const std::filesystem::path& path) {
     std::filesystem::create_directories(path.parent_path());
-    return view.copy().save(QString::fromStdString(path.string()), "PNG");
+    return image.save(QString::fromStdString(path.string()), "PNG");
 }
 
 }  // namespace gf::test

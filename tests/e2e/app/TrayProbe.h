@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QImage>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -27,8 +28,11 @@ class TrayProbe {
     std::optional<Rect> rootGeometry(WindowId window) const;
     // Whether _NET_WM_STATE lists the named state atom.
     bool hasState(WindowId window, const std::string& state) const;
+    // What the screen shows now; nullopt when it cannot be read.
+    std::optional<QImage> grabScreen() const;
     // Writes what the screen shows as a PNG file; false when that fails.
     bool saveScreenshot(const std::filesystem::path& path) const;
+    static bool saveImage(const QImage& image, const std::filesystem::path& path);
 
   private:
     std::vector<WindowId> children(WindowId window) const;

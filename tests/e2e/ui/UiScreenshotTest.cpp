@@ -20,6 +20,7 @@ const Expected kScreenshots[] = {
     {"wizard-0-welcome", {500, 400}},
     {"wizard-1-permissions-missing", {500, 400}},
     {"wizard-1-permissions-granted", {500, 400}},
+    {"wizard-1-permissions-wayland", {500, 400}},
     {"wizard-2-shortcuts", {500, 400}},
     {"wizard-3-done", {500, 400}},
     {"settings-general", {650, 450}},
