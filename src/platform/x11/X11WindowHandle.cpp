@@ -3,6 +3,7 @@
 #include <xcb/xcbext.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 
 #include "platform/x11/X11WindowReader.h"
@@ -22,6 +23,8 @@ constexpr std::uint32_t kMoveResizeAllFields = (1u << 8) | (1u << 9) | (1u << 10
 constexpr std::uint32_t kSizeHintsMinSize = 1u << 4;
 constexpr std::uint32_t kSizeHintsMaxSize = 1u << 5;
 constexpr std::uint32_t kSizeHintsFields = 18;
+
+constexpr auto kReadAheadInterval = std::chrono::milliseconds(8);
 
 std::int32_t toPixels(double value) {
     return static_cast<std::int32_t>(std::lround(value));
@@ -142,11 +145,16 @@ std::optional<X11FrameGeometry> X11WindowHandle::placementForWrite() {
     return knownPlacement_;
 }
 
+// A move writes on every pointer motion, up to a thousand times a second, while what a write
+// needs to know (decorations, shadow, the client's size) changes far more rarely. Reading it
+// once per resize tick keeps a resize exact and spares the X server most of the reads.
 void X11WindowHandle::readAheadAndFlush() {
     {
         std::lock_guard lock(readMutex_);
-        if (!pendingRead_) {
+        const auto now = std::chrono::steady_clock::now();
+        if (!pendingRead_ && now - lastReadAhead_ >= kReadAheadInterval) {
             pendingRead_ = requestPlacement();
+            lastReadAhead_ = now;
         }
     }
     // One write to the socket for the request and the read behind it.

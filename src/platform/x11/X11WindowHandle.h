@@ -2,6 +2,7 @@
 
 #include <xcb/xcb.h>
 
+#include <chrono>
 #include <cstdint>
 #include <mutex>
 #include <optional>
@@ -76,6 +77,7 @@ class X11WindowHandle final : public WindowHandle {
     std::mutex readMutex_;
     std::optional<X11FrameGeometry> knownPlacement_;
     std::optional<X11WindowReader::FrameGeometryCookies> pendingRead_;
+    std::chrono::steady_clock::time_point lastReadAhead_;
     // The window manager's frame holding the client, or the client itself.
     std::optional<xcb_window_t> frameWindow_;
 };
