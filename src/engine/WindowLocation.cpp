@@ -8,6 +8,11 @@ bool isAcceptedLayer(std::optional<int> layer, int dockLayer) {
 
 std::shared_ptr<WindowHandle> findWindowHandle(WindowControl& windowControl, std::int32_t pid,
                                                std::uint32_t windowNumber) {
+    // Listing every window of the process costs a question per window; a platform that knows
+    // the window by its number answers at once.
+    if (auto direct = windowControl.windowWithNumber(pid, windowNumber)) {
+        return direct;
+    }
     auto windows = windowControl.windowsOfProcess(pid);
     if (!windows || windows->empty()) {
         return nullptr;

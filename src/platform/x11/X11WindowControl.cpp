@@ -34,6 +34,15 @@ std::optional<std::vector<std::shared_ptr<WindowHandle>>> X11WindowControl::wind
     return handles;
 }
 
+std::shared_ptr<WindowHandle> X11WindowControl::windowWithNumber(std::int32_t,
+                                                                 std::uint32_t windowNumber) {
+    if (connection_.hasError() || windowNumber == XCB_WINDOW_NONE) {
+        return nullptr;
+    }
+    return std::make_shared<X11WindowHandle>(connection_, reader_, restackPolicy_, windowNumber,
+                                             reader_.hasEwmhWindowManager());
+}
+
 std::optional<bool> X11WindowControl::applicationAttribute(std::int32_t, std::string_view) {
     return std::nullopt;
 }

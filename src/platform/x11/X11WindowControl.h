@@ -22,6 +22,10 @@ class X11WindowControl final : public WindowControl {
     std::optional<std::vector<std::shared_ptr<WindowHandle>>> windowsOfProcess(
         std::int32_t pid) override;
 
+    // The number is the client window itself, found under the pointer a moment ago; no listing.
+    std::shared_ptr<WindowHandle> windowWithNumber(std::int32_t pid,
+                                                   std::uint32_t windowNumber) override;
+
     // X11 applications have no such switch: always absent, never set.
     std::optional<bool> applicationAttribute(std::int32_t pid, std::string_view name) override;
     bool setApplicationAttribute(std::int32_t pid, std::string_view name, bool value) override;
