@@ -39,7 +39,8 @@ X11WindowHandle::X11WindowHandle(const XcbConnection& connection, const X11Windo
       reader_(reader),
       restackPolicy_(restackPolicy),
       client_(client),
-      managedByEwmh_(managedByEwmh) {}
+      managedByEwmh_(managedByEwmh),
+      configureWatch_(connection) {}
 
 std::optional<Point> X11WindowHandle::position() {
     if (auto frame = reader_.outerFrame(client_)) {
@@ -86,6 +87,7 @@ std::optional<X11WindowReader::FrameGeometryCookies> X11WindowHandle::requestPla
         if (!frameWindow_) {
             return std::nullopt;  // the window vanished
         }
+        configureWatch_.watch(*frameWindow_);
     }
     return reader_.requestFrameGeometry({*frameWindow_, client_, false});
 }
@@ -93,9 +95,7 @@ std::optional<X11WindowReader::FrameGeometryCookies> X11WindowHandle::requestPla
 std::optional<X11FrameGeometry> X11WindowHandle::collectPlacement(
     const X11WindowReader::FrameGeometryCookies& cookies, const xcb_get_property_reply_t* shadow) {
     std::optional<X11FrameGeometry> geometry = reader_.collectFrameGeometry(cookies, shadow);
-    // Nobody reads this connection's events; errors of requests sent without
-    // a check would otherwise pile up in its queue.
-    connection_.discardQueuedEvents();
+    configureWatch_.takeInEvents();
     if (!geometry) {
         // The window vanished, or the window manager framed it anew: the next
         // read looks for its frame again.
@@ -173,10 +173,25 @@ bool X11WindowHandle::setPosition(Point topLeft) {
     }
     const Point visibleTopLeft{std::round(topLeft.x), std::round(topLeft.y)};
     const Point frameTopLeft = current->decoratedCornerFor(visibleTopLeft);
-    if (!isRequestRepeated(frameTopLeft, size)) {
-        if (!requestFrame(frameTopLeft, size)) {
-            return false;
+    if (isRequestRepeated(frameTopLeft, size)) {
+        return true;
+    }
+    // The next tick brings the latest position once the window manager has caught up.
+    const auto now = X11ConfigureWatch::Clock::now();
+    {
+        std::lock_guard lock(readMutex_);
+        if (!configureWatch_.mayRequest(now)) {
+            return true;
         }
+    }
+    if (!requestFrame(frameTopLeft, size)) {
+        return false;
+    }
+    {
+        std::lock_guard lock(readMutex_);
+        configureWatch_.noteRequest(now);
+    }
+    {
         std::lock_guard lock(mutex_);
         requestedFramePosition_ = frameTopLeft;
         lastRequest_ = {frameTopLeft, size};

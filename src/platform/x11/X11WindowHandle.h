@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/WindowHandle.h"
+#include "platform/x11/X11ConfigureWatch.h"
 #include "platform/x11/X11RestackPolicy.h"
 #include "platform/x11/X11WindowReader.h"
 
@@ -80,6 +81,8 @@ class X11WindowHandle final : public WindowHandle {
     std::chrono::steady_clock::time_point lastReadAhead_;
     // The window manager's frame holding the client, or the client itself.
     std::optional<xcb_window_t> frameWindow_;
+    // Holds a move's next write back until the window manager has carried out the last one.
+    X11ConfigureWatch configureWatch_;
 };
 
 }  // namespace gf
