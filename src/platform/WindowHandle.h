@@ -24,7 +24,9 @@ public:
     // Whether the size can be changed; nullopt when the question failed.
     virtual std::optional<bool> isSizeSettable() = 0;
 
-    // Each returns whether the request was sent successfully.
+    // Each returns whether the request was sent successfully. A position may be held back while
+    // the window manager still carries out the previous one; asking again (as every tick does)
+    // sends the latest once it may.
     virtual bool setPosition(Point topLeft) = 0;
     virtual bool setSize(Size size) = 0;
     virtual bool raise() = 0;     // to the front, without taking focus
