@@ -108,9 +108,15 @@ void DragSession::end() {
         gesture_.reset();
     }
     const std::int32_t pid = ended ? ended->pid : 0;
+    std::shared_ptr<WindowHandle> window = ended ? ended->window : nullptr;
     // Queued behind the last tick, so the attribute comes back only after the
     // gesture's last write.
-    axQueue_->async([this, pid] { cleanUpAfterGesture(pid); });
+    axQueue_->async([this, pid, window = std::move(window)] {
+        if (window) {
+            window->settle();
+        }
+        cleanUpAfterGesture(pid);
+    });
     isDragging_ = false;
     isResizing_ = false;
 }

@@ -13,7 +13,7 @@ namespace gf {
 // Every method may be called from a background thread and fails softly: a
 // window that vanished answers nullopt or false, never throws.
 class WindowHandle {
-public:
+  public:
     virtual ~WindowHandle() = default;
 
     // The window server's number for this window; nullopt when unknown.
@@ -29,6 +29,10 @@ public:
     // sends the latest once it may.
     virtual bool setPosition(Point topLeft) = 0;
     virtual bool setSize(Size size) = 0;
+    // Sends the position held back last, once the window manager has carried out the one before
+    // (waiting for that, briefly, if need be): the end of a gesture must leave the window where
+    // the hand left it.
+    virtual void settle() {}
     virtual bool raise() = 0;     // to the front, without taking focus
     virtual bool makeMain() = 0;  // the application's main (active) window
 };

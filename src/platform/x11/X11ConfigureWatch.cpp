@@ -1,5 +1,9 @@
 #include "platform/x11/X11ConfigureWatch.h"
 
+#include <poll.h>
+
+#include <cerrno>
+
 #include "platform/x11/XcbConnection.h"
 #include "platform/x11/XcbReply.h"
 
@@ -79,6 +83,22 @@ bool X11ConfigureWatch::mayRequest(Clock::time_point now) {
 void X11ConfigureWatch::noteRequest(Clock::time_point now) {
     waiting_ = true;
     requestedAt_ = now;
+}
+
+void X11ConfigureWatch::waitForAnswer() {
+    takeInEvents();
+    while (waiting_) {
+        const auto left =
+            std::chrono::ceil<std::chrono::milliseconds>(requestedAt_ + patience - Clock::now());
+        if (left.count() <= 0) {
+            return;
+        }
+        pollfd socket{xcb_get_file_descriptor(connection_.get()), POLLIN, 0};
+        if (poll(&socket, 1, static_cast<int>(left.count())) < 0 && errno != EINTR) {
+            return;
+        }
+        takeInEvents();
+    }
 }
 
 void X11ConfigureWatch::takeInEvents() {

@@ -30,6 +30,8 @@ class X11ConfigureWatch {
     // Whether a request may go now: none is waiting for its answer, or it waited long enough.
     bool mayRequest(Clock::time_point now);
     void noteRequest(Clock::time_point now);
+    // Waits for the answer to the request waiting for one, at most until patience runs out.
+    void waitForAnswer();
     // Takes in the connection's events: notes the frame's ConfigureNotify and drops the rest
     // (errors of unchecked requests, which would otherwise pile up).
     void takeInEvents();

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <utility>
 
 #include "platform/x11/X11WindowReader.h"
 #include "platform/x11/XcbConnection.h"
@@ -174,6 +175,8 @@ bool X11WindowHandle::setPosition(Point topLeft) {
     const Point visibleTopLeft{std::round(topLeft.x), std::round(topLeft.y)};
     const Point frameTopLeft = current->decoratedCornerFor(visibleTopLeft);
     if (isRequestRepeated(frameTopLeft, size)) {
+        std::lock_guard lock(readMutex_);
+        heldBack_.reset();  // the hand came back to what was asked last
         return true;
     }
     // The next tick brings the latest position once the window manager has caught up.
@@ -181,8 +184,10 @@ bool X11WindowHandle::setPosition(Point topLeft) {
     {
         std::lock_guard lock(readMutex_);
         if (!configureWatch_.mayRequest(now)) {
+            heldBack_ = std::pair{frameTopLeft, size};
             return true;
         }
+        heldBack_.reset();
     }
     if (!requestFrame(frameTopLeft, size)) {
         return false;
@@ -198,6 +203,23 @@ bool X11WindowHandle::setPosition(Point topLeft) {
     }
     readAheadAndFlush();
     return true;
+}
+
+void X11WindowHandle::settle() {
+    std::optional<std::pair<Point, Size>> heldBack;
+    {
+        std::lock_guard lock(readMutex_);
+        heldBack = std::exchange(heldBack_, std::nullopt);
+        if (heldBack) {
+            configureWatch_.waitForAnswer();
+        }
+    }
+    if (heldBack && requestFrame(heldBack->first, heldBack->second)) {
+        std::lock_guard lock(mutex_);
+        requestedFramePosition_ = heldBack->first;
+        lastRequest_ = heldBack;
+        connection_.flush();
+    }
 }
 
 bool X11WindowHandle::setSize(Size size) {

@@ -37,6 +37,7 @@ class X11WindowHandle final : public WindowHandle {
     std::optional<bool> isSizeSettable() override;
     bool setPosition(Point topLeft) override;
     bool setSize(Size size) override;
+    void settle() override;
     bool raise() override;
     bool makeMain() override;
 
@@ -83,6 +84,9 @@ class X11WindowHandle final : public WindowHandle {
     std::optional<xcb_window_t> frameWindow_;
     // Holds a move's next write back until the window manager has carried out the last one.
     X11ConfigureWatch configureWatch_;
+    // The frame corner and client size of a move's write held back, sent by the next write or
+    // by settle().
+    std::optional<std::pair<Point, Size>> heldBack_;
 };
 
 }  // namespace gf
