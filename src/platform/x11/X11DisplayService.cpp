@@ -171,11 +171,30 @@ std::vector<X11DisplayService::ReservedArea> X11DisplayService::reservedAreas(
     return reserved;
 }
 
+bool X11DisplayService::limits(const ReservedArea& part, const Rect& monitor) {
+    if (!part.area.intersects(monitor)) {
+        return false;
+    }
+    // Struts measure from the root's edges, so a dock on the edge between two monitors reserves
+    // a band right across its neighbour too: a band only limits the monitor its inner edge is in.
+    switch (part.edge) {
+        case ReservedArea::Edge::left:
+            return part.area.maxX() < monitor.maxX();
+        case ReservedArea::Edge::right:
+            return part.area.minX() > monitor.minX();
+        case ReservedArea::Edge::top:
+            return part.area.maxY() < monitor.maxY();
+        case ReservedArea::Edge::bottom:
+            return part.area.minY() > monitor.minY();
+    }
+    return false;
+}
+
 Rect X11DisplayService::usablePart(const Rect& monitor, const std::vector<ReservedArea>& reserved) {
     double minX = monitor.minX(), minY = monitor.minY(), maxX = monitor.maxX(),
            maxY = monitor.maxY();
     for (const ReservedArea& part : reserved) {
-        if (!part.area.intersects(monitor)) {
+        if (!limits(part, monitor)) {
             continue;
         }
         switch (part.edge) {

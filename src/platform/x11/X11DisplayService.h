@@ -18,7 +18,7 @@ class X11DisplayService final : public DisplayService {
     X11DisplayService(const XcbConnection& connection, const X11WindowReader& reader);
 
     // Primary first. The usable rectangle of each is the monitor minus the
-    // struts of the docks and panels touching it.
+    // struts of the docks and panels along its edges.
     std::vector<DisplayInfo> displays() override;
 
   private:
@@ -32,6 +32,7 @@ class X11DisplayService final : public DisplayService {
     std::vector<Rect> monitorsPrimaryFirst(const Rect& root) const;
     std::vector<ReservedArea> reservedAreas(const Rect& root) const;
     std::optional<Rect> workArea() const;
+    static bool limits(const ReservedArea& part, const Rect& monitor);
     static Rect usablePart(const Rect& monitor, const std::vector<ReservedArea>& reserved);
 
     const XcbConnection& connection_;

@@ -100,6 +100,89 @@ TEST_F(TwoMonitorTest, ComePrimaryFirstAndADockStrutShrinksOnlyTheMonitorItTouch
     EXPECT_EQ(displays[0].frame, (Rect{0, 0, 2560, 800}));
 }
 
+// A 3200 x 1080 screen: the primary monitor, 1280 x 800, at the top left and a taller
+// 1920 x 1080 one to its right, so that the root reaches below the primary monitor.
+class MonitorsOfTwoSizesTest : public X11PlatformTest {
+  protected:
+    X11Desktop::Options desktopOptions() const override { return {3200, 1080}; }
+
+    void SetUp() override {
+        X11PlatformTest::SetUp();
+        ASSERT_FALSE(HasFatalFailure());
+        desktop().setMonitors({{0, 0, 1280, 800}, {1280, 0, 1920, 1080}});
+    }
+
+    // Usable rectangles, turned back into root coordinates to compare with the docks.
+    std::vector<Rect> usableInRoot() {
+        const std::vector<DisplayInfo> displays = platform_->displays().displays();
+        std::vector<Rect> usable;
+        for (const DisplayInfo& display : displays) {
+            const Rect& r = display.visibleFrame;
+            usable.push_back(
+                {r.x, displays.front().frame.height - r.y - r.height, r.width, r.height});
+        }
+        return usable;
+    }
+};
+
+TEST_F(MonitorsOfTwoSizesTest, DocksOnTheSecondaryMonitorShrinkItAndStrutsCountFromTheRoot) {
+    // The primary's bottom panel ends 280 rows above the root's bottom, which its strut includes.
+    StrutPartial primaryBottom;
+    primaryBottom.bottom = 310;
+    primaryBottom.bottomStartX = 0;
+    primaryBottom.bottomEndX = 1279;
+    desktop().createDock(0, 770, 1280, 30, primaryBottom);
+    StrutPartial secondaryBottom;
+    secondaryBottom.bottom = 30;
+    secondaryBottom.bottomStartX = 1280;
+    secondaryBottom.bottomEndX = 3199;
+    desktop().createDock(1280, 1050, 1920, 30, secondaryBottom);
+    StrutPartial secondaryRight;
+    secondaryRight.right = 40;
+    secondaryRight.rightStartY = 0;
+    secondaryRight.rightEndY = 1049;
+    desktop().createDock(3160, 0, 40, 1050, secondaryRight);
+
+    // Bottom-left coordinates from the primary's bottom: the taller monitor reaches 280 below.
+    const std::vector<DisplayInfo> displays = platform_->displays().displays();
+    ASSERT_EQ(displays.size(), 2u);
+    EXPECT_EQ(displays[0].frame, (Rect{0, 0, 1280, 800}));
+    EXPECT_EQ(displays[0].visibleFrame, (Rect{0, 30, 1280, 770}));
+    EXPECT_EQ(displays[1].frame, (Rect{1280, -280, 1920, 1080}));
+    EXPECT_EQ(displays[1].visibleFrame, (Rect{1280, -250, 1880, 1050}));
+}
+
+TEST_F(MonitorsOfTwoSizesTest, ADockOnTheEdgeBetweenMonitorsShrinksOnlyTheMonitorItIsOn) {
+    // Measured from the root's edges, each of these struts spans the whole other monitor.
+    StrutPartial primaryRight;
+    primaryRight.right = 1960;
+    primaryRight.rightStartY = 0;
+    primaryRight.rightEndY = 799;
+    const WindowId first = desktop().createDock(1240, 0, 40, 800, primaryRight);
+    StrutPartial secondaryLeft;
+    secondaryLeft.left = 1320;
+    secondaryLeft.leftStartY = 0;
+    secondaryLeft.leftEndY = 1079;
+    const WindowId second = desktop().createDock(1280, 0, 40, 1080, secondaryLeft);
+    EXPECT_EQ(usableInRoot(), (std::vector<Rect>{{0, 0, 1240, 800}, {1320, 0, 1880, 1080}}));
+
+    // The same across a horizontal edge: a wide monitor above a narrower one.
+    desktop().destroyWindow(first);
+    desktop().destroyWindow(second);
+    desktop().setMonitors({{0, 0, 1920, 540}, {0, 540, 1280, 540}});
+    StrutPartial upperBottom;
+    upperBottom.bottom = 570;
+    upperBottom.bottomStartX = 0;
+    upperBottom.bottomEndX = 1919;
+    desktop().createDock(0, 510, 1920, 30, upperBottom);
+    StrutPartial lowerTop;
+    lowerTop.top = 570;
+    lowerTop.topStartX = 0;
+    lowerTop.topEndX = 1279;
+    desktop().createDock(0, 540, 1280, 30, lowerTop);
+    EXPECT_EQ(usableInRoot(), (std::vector<Rect>{{0, 0, 1920, 510}, {0, 570, 1280, 510}}));
+}
+
 class ApplicationRegistryTest : public X11PlatformTest {
   protected:
     void SetUp() override {
