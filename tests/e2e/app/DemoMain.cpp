@@ -2,7 +2,7 @@
 // private X server with openbox, a tray and an xlogo window, runs the built
 // program there, moves, resizes and snaps the window with XTest as a user
 // would, and saves a screenshot before and after each step.
-//   glimmerfold_demo <path to glimmerfold> <output directory>
+//   glimmerfold_demo <glimmerfold, or a script that execs it> <output directory>
 
 #include <QCoreApplication>
 #include <csignal>
@@ -126,5 +126,7 @@ int main(int argc, char* argv[]) {
         std::cerr << "usage: glimmerfold_demo <path to glimmerfold> <output directory>\n";
         return 2;
     }
-    return Demo(argv[1], argv[2]).run();
+    // A relative output directory means the caller's; the launcher would take it as one inside
+    // the private desktop's temporary directory.
+    return Demo(argv[1], std::filesystem::absolute(argv[2])).run();
 }
