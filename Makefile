@@ -20,9 +20,11 @@ build: configure
 run: build
 	@./scripts/run-glimmerfold
 
-# Glimmerfold at work in a private X server, with screenshots in build/demo/.
-demo: configure
-	@./scripts/demo
+# Glimmerfold at work in a private X server, with screenshots in build/demo/. The script
+# configures only a tree that is not there yet and builds only the two programs it runs: the
+# test suite runs this command while its other tests use build/.
+demo:
+	@PRESET=$(PRESET) ./scripts/demo
 
 test: build test-tsan
 	@ctest --test-dir build -j $(CTEST_JOBS) --output-on-failure
