@@ -42,8 +42,48 @@ GlimmerfoldApp::~GlimmerfoldApp() {
 }
 
 int GlimmerfoldApp::run() {
-    QTimer::singleShot(0, this, [this] { delegate_->applicationDidFinishLaunching(); });
+    QTimer::singleShot(0, this, [this] {
+        delegate_->applicationDidFinishLaunching();
+        if (showSettingsOnceLaunched_ && settings_.hasCompletedSetup()) {
+            appState_->showSettingsWindow();
+        }
+    });
     return QApplication::exec();
+}
+
+void GlimmerfoldApp::showSettingsOnceLaunched() {
+    showSettingsOnceLaunched_ = true;
+}
+
+InstanceReply GlimmerfoldApp::carryOut(InstanceCommand command) {
+    switch (command) {
+        case InstanceCommand::enable:
+            return switchTo(true);
+        case InstanceCommand::disable:
+            return switchTo(false);
+        case InstanceCommand::toggle:
+            return switchTo(!settings_.isEnabled());
+        case InstanceCommand::showSettings:
+            // Showing a window runs events; the answer goes out first.
+            QTimer::singleShot(0, this, [this] { appState_->showSettingsWindow(); });
+            return InstanceReply::settingsShown;
+        case InstanceCommand::quit:
+            // As the tray menu's "Quit Glimmerfold" does, once the answer has gone out.
+            QTimer::singleShot(0, qApp, [] { QCoreApplication::quit(); });
+            return InstanceReply::quitting;
+    }
+    Q_UNREACHABLE();
+    return InstanceReply::alreadyEnabled;
+}
+
+// What the tray menu's running switch does: the setting is saved at once, and AppState follows
+// it by stopping or restarting the event tap.
+InstanceReply GlimmerfoldApp::switchTo(bool enabled) {
+    if (settings_.isEnabled() == enabled) {
+        return enabled ? InstanceReply::alreadyEnabled : InstanceReply::alreadyDisabled;
+    }
+    settings_.setIsEnabled(enabled);
+    return settings_.isEnabled() ? InstanceReply::nowEnabled : InstanceReply::nowDisabled;
 }
 
 }  // namespace gf

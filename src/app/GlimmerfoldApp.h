@@ -3,6 +3,8 @@
 #include <QObject>
 #include <memory>
 
+#include "app/InstanceCommand.h"
+#include "app/InstanceReply.h"
 #include "model/Settings.h"
 #include "platform/Platform.h"
 
@@ -29,12 +31,21 @@ class GlimmerfoldApp : public QObject {
 
     // Runs the event loop until the program quits; the exit code.
     int run();
+    // Once launching has finished, opens the Settings window too, unless the setup wizard
+    // comes first.
+    void showSettingsOnceLaunched();
+    // Carries out a command sent from the command line as the tray menu's items do, and says
+    // what is true afterwards.
+    InstanceReply carryOut(InstanceCommand command);
 
     AppState& appState() { return *appState_; }
     TrayItem& trayItem() { return *trayItem_; }
 
   private:
+    InstanceReply switchTo(bool enabled);
+
     Settings& settings_;
+    bool showSettingsOnceLaunched_ = false;
     std::unique_ptr<QtMainThreadScheduler> mainThread_;
     std::unique_ptr<ThreadSerialQueueFactory> queues_;
     Platform platform_;

@@ -1,22 +1,24 @@
 #include "app/SingleInstance.h"
 
+#include <sys/socket.h>
+
 #include <QDir>
 #include <QElapsedTimer>
 #include <QLocalSocket>
+#include <QPointer>
 #include <QRegularExpression>
 #include <QThread>
+#include <QTimer>
 #include <iostream>
 
-#include <unistd.h>
+#include "app/InstanceClient.h"
 
 namespace gf {
 
 namespace {
 
-const QByteArray showSettingsRequest = "show-settings\n";
-const QByteArray acknowledgement = "ok\n";
-// A running instance answers at once from its event loop; this bounds a hung one.
-constexpr int answerTimeoutMs = 3000;
+// How long a later launch waits for an instance that holds the lock to open its socket.
+constexpr int listenWaitMs = 3000;
 constexpr unsigned long listenPollMs = 50;
 
 QString displayKey() {
@@ -26,6 +28,12 @@ QString displayKey() {
     }
     static const QRegularExpression unsafe(QStringLiteral("[^A-Za-z0-9._-]"));
     return display.replace(unsafe, QStringLiteral("_"));
+}
+
+// Whatever the connection sent has no effect and gets no answer.
+void drop(QLocalSocket& connection) {
+    connection.abort();
+    connection.deleteLater();
 }
 
 }  // namespace
@@ -41,10 +49,14 @@ QString SingleInstance::defaultServerName() {
             QStringLiteral("glimmerfold-%1-%2.socket").arg(::getuid()).arg(displayKey()));
 }
 
-SingleInstance::SingleInstance(QString serverName, QObject* parent)
-    : QObject(parent), serverName_(std::move(serverName)) {}
+SingleInstance::SingleInstance(QString serverName, uid_t commandingUser, QObject* parent)
+    : QObject(parent), serverName_(std::move(serverName)), commandingUser_(commandingUser) {}
 
 SingleInstance::~SingleInstance() = default;
+
+void SingleInstance::setCommandHandler(CommandHandler handler) {
+    commandHandler_ = std::move(handler);
+}
 
 // The lock says whether another instance runs, even one that has not started
 // listening yet: a socket nobody listens on may be a crashed instance's, or a
@@ -105,48 +117,84 @@ bool SingleInstance::listen() {
 // it starts but answers only from its event loop, which on a loaded machine can be seconds later.
 // The request waits in its socket until it reads it and shows Settings.
 bool SingleInstance::askRunningInstance() {
-    QLocalSocket socket;
-    socket.connectToServer(serverName_);
-    if (!socket.waitForConnected(answerTimeoutMs)) {
-        return false;
-    }
-    socket.write(showSettingsRequest);
-    bool waiting = socket.waitForBytesWritten(answerTimeoutMs);
-    while (waiting && !socket.canReadLine()) {
-        waiting = socket.waitForReadyRead(answerTimeoutMs);
-    }
-    return true;
+    InstanceClient client(serverName_);
+    const InstanceClient::Outcome outcome = client.send(InstanceCommand::showSettings);
+    handOverReply_ = client.reply();
+    return outcome != InstanceClient::Outcome::notRunning;
 }
 
 // The instance holding the lock may have yet to open its socket.
 void SingleInstance::askRunningInstanceOnceItListens() {
     QElapsedTimer waited;
     waited.start();
-    while (!askRunningInstance() && waited.elapsed() < answerTimeoutMs) {
+    while (!askRunningInstance() && waited.elapsed() < listenWaitMs) {
         QThread::msleep(listenPollMs);
     }
 }
 
 void SingleInstance::answerConnections() {
     while (QLocalSocket* connection = server_->nextPendingConnection()) {
-        // The server owns its connections; each is let go once it closes.
-        connect(connection, &QLocalSocket::disconnected, connection, &QObject::deleteLater);
-        connect(connection, &QLocalSocket::readyRead, connection, [this, connection] {
-            bool asked = false;
-            while (connection->canReadLine()) {
-                if (connection->readLine() == showSettingsRequest) {
-                    connection->write(acknowledgement);
-                    asked = true;
-                }
-            }
-            connection->flush();
-            if (asked) {
-                // Showing a window may run events, which may delete this connection.
-                QMetaObject::invokeMethod(this, &SingleInstance::showSettingsRequested,
-                                          Qt::QueuedConnection);
-            }
-        });
+        admit(connection);
     }
+}
+
+void SingleInstance::admit(QLocalSocket* connection) {
+    // The server owns its connections; each is let go once it closes.
+    connect(connection, &QLocalSocket::disconnected, connection, &QObject::deleteLater);
+    if (!commandHandler_ || !isFromCommandingUser(*connection)) {
+        drop(*connection);
+        return;
+    }
+    // Qt reads no more than this ahead, so an endless line costs nothing.
+    connection->setReadBufferSize(longestRequestLine);
+    auto answered = std::make_shared<bool>(false);
+    QTimer::singleShot(requestTimeoutMs, connection, [connection, answered] {
+        if (!*answered) {
+            drop(*connection);
+        }
+    });
+    connect(connection, &QLocalSocket::readyRead, this,
+            [this, connection, answered] { readRequest(connection, *answered); });
+}
+
+void SingleInstance::readRequest(QLocalSocket* connection, bool& answered) {
+    if (!connection->canReadLine()) {
+        if (connection->bytesAvailable() >= longestRequestLine) {
+            drop(*connection);
+        }
+        return;
+    }
+    // One line and nothing after it: a client that sends more is not one of ours.
+    const std::optional<InstanceCommand> command = parseRequest(connection->readAll());
+    if (!command) {
+        drop(*connection);
+        return;
+    }
+    disconnect(connection, &QLocalSocket::readyRead, this, nullptr);
+    answered = true;
+    // Carrying out the command may run events, in which the client may go away.
+    const QPointer<QLocalSocket> alive(connection);
+    const InstanceReply reply = commandHandler_(*command);
+    if (!alive) {
+        return;
+    }
+    connection->write(replyLine(reply));
+    connection->flush();
+    // Quitting, the connection stays open until the process ends, which is how the client
+    // learns that it has.
+    if (reply != InstanceReply::quitting) {
+        connection->disconnectFromServer();
+    }
+}
+
+// The socket lives in a directory only its user can enter, but its path may be elsewhere (the
+// temporary directory), so the kernel is asked who connected.
+bool SingleInstance::isFromCommandingUser(const QLocalSocket& connection) const {
+    ucred peer{};
+    socklen_t size = sizeof(peer);
+    const auto fd = static_cast<int>(connection.socketDescriptor());
+    return ::getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && size == sizeof(peer) &&
+           peer.uid == commandingUser_;
 }
 
 }  // namespace gf

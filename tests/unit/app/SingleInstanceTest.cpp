@@ -8,11 +8,14 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFileInfo>
-#include <QSignalSpy>
+#include <QLocalSocket>
 #include <QTemporaryDir>
 #include <chrono>
 #include <cstring>
 #include <future>
+#include <vector>
+
+#include "app/InstanceClient.h"
 
 namespace gf::test {
 namespace {
@@ -34,21 +37,91 @@ class SingleInstanceTest : public ::testing::Test {
         return future.get();
     }
 
+    // Records what the running instance was asked to do and answers as if it had done it.
+    void recordCommands(SingleInstance& running) {
+        running.setCommandHandler([this](InstanceCommand command) {
+            carriedOut.push_back(command);
+            return command == InstanceCommand::enable ? InstanceReply::nowEnabled
+                                                      : InstanceReply::settingsShown;
+        });
+    }
+
+    // What a client of the command line sends, from another thread as another process would.
+    InstanceClient::Outcome sendFromAnotherThread(InstanceCommand command) {
+        auto sent = std::async(std::launch::async, [path = socketPath(), command] {
+            return InstanceClient(path).send(command);
+        });
+        return resultServedByThisThread(sent);
+    }
+
+    // Sends `bytes` as they are and returns what came back before the instance closed the
+    // connection.
+    QByteArray sendRawFromAnotherThread(const QByteArray& bytes) {
+        auto sent = std::async(std::launch::async, [path = socketPath(), bytes] {
+            QLocalSocket socket;
+            socket.connectToServer(path);
+            if (!socket.waitForConnected(5000)) {
+                return QByteArray("(not connected)");
+            }
+            socket.write(bytes);
+            socket.waitForBytesWritten(5000);
+            socket.waitForDisconnected(5000);
+            return socket.readAll();
+        });
+        return resultServedByThisThread(sent);
+    }
+
     QTemporaryDir dir;
+    std::vector<InstanceCommand> carriedOut;
 };
 
 TEST_F(SingleInstanceTest, LaterLaunchAsksTheRunningOneForItsSettingsAndStepsAside) {
     SingleInstance running(socketPath());
     ASSERT_EQ(running.claim(), SingleInstance::Claim::primary);
-    QSignalSpy requests(&running, &SingleInstance::showSettingsRequested);
+    recordCommands(running);
 
     // The second launch is another process in real life; a thread with its own socket here.
     auto second = std::async(std::launch::async, [path = socketPath()] {
         SingleInstance later(path);
-        return later.claim();
+        const SingleInstance::Claim claim = later.claim();
+        return std::make_pair(claim, later.handOverReply());
     });
-    EXPECT_EQ(resultServedByThisThread(second), SingleInstance::Claim::handedOver);
-    EXPECT_EQ(requests.count(), 1);
+    const auto [claim, reply] = resultServedByThisThread(second);
+    EXPECT_EQ(claim, SingleInstance::Claim::handedOver);
+    EXPECT_EQ(reply, InstanceReply::settingsShown);
+    EXPECT_EQ(carriedOut, std::vector{InstanceCommand::showSettings});
+}
+
+TEST_F(SingleInstanceTest, OnlyOneWellFormedRequestFromTheSameUserIsCarriedOut) {
+    SingleInstance running(socketPath());
+    ASSERT_EQ(running.claim(), SingleInstance::Claim::primary);
+    recordCommands(running);
+
+    // A client that connects and says nothing holds up nobody.
+    QLocalSocket silent;
+    silent.connectToServer(socketPath());
+    ASSERT_TRUE(silent.waitForConnected(5000));
+
+    for (const QByteArray& malformed :
+         {QByteArray("ENABLE\n"), QByteArray("enable \n"), QByteArray("enable\nquit\n"),
+          QByteArray("enable\0\n", 8), QByteArray(4096, 'x'), QByteArray(64, ' ') + "enable\n"}) {
+        EXPECT_EQ(sendRawFromAnotherThread(malformed), QByteArray())
+            << "answered " << malformed.left(40).toStdString();
+    }
+    EXPECT_TRUE(carriedOut.empty());
+
+    InstanceClient::Outcome outcome = sendFromAnotherThread(InstanceCommand::enable);
+    EXPECT_EQ(outcome, InstanceClient::Outcome::answered);
+    EXPECT_EQ(carriedOut, std::vector{InstanceCommand::enable});
+}
+
+TEST_F(SingleInstanceTest, AnotherUsersRequestHasNoEffect) {
+    SingleInstance running(socketPath(), ::getuid() + 1);
+    ASSERT_EQ(running.claim(), SingleInstance::Claim::primary);
+    recordCommands(running);
+
+    EXPECT_EQ(sendFromAnotherThread(InstanceCommand::enable), InstanceClient::Outcome::unanswered);
+    EXPECT_TRUE(carriedOut.empty());
 }
 
 // A socket bound but not listening: what a killed process leaves, and what one that is starting
@@ -74,7 +147,10 @@ TEST_F(SingleInstanceTest, ASocketIsTakenOverOnlyWhenNoInstanceHoldsTheLock) {
         EXPECT_EQ(later.claim(), SingleInstance::Claim::handedOver);
         EXPECT_TRUE(QFileInfo::exists(socketPath())) << "the starting one's socket stays";
     }
-    // That instance ended without removing its socket: the next launch takes over.
+    // That instance ended without removing its socket: a command finds nobody to carry it out,
+    // and the next launch takes over.
+    EXPECT_EQ(InstanceClient(socketPath()).send(InstanceCommand::quit),
+              InstanceClient::Outcome::notRunning);
     SingleInstance instance(socketPath());
     EXPECT_EQ(instance.claim(), SingleInstance::Claim::primary);
 }
