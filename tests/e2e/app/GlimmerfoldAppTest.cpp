@@ -3,6 +3,7 @@
 #include <xcb/xcb.h>
 
 #include <QImage>
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -29,16 +30,45 @@ class GlimmerfoldAppTest : public X11DesktopTest {
     }
 
     std::unique_ptr<ChildProcess> launch(const std::string& outputName,
-                                         GlimmerfoldLauncher::Environment environment = {}) {
+                                         GlimmerfoldLauncher::Environment environment = {},
+                                         const std::vector<std::string>& arguments = {}) {
         std::string error;
         // Only read when the program is built with AddressSanitizer.
         environment.emplace_back("LSAN_OPTIONS", "suppressions=" GLIMMERFOLD_LSAN_SUPPRESSIONS);
-        auto process =
-            glimmerfold_->launch(GLIMMERFOLD_EXECUTABLE, outputName, &error, environment);
+        auto process = glimmerfold_->launch(GLIMMERFOLD_EXECUTABLE, outputName, &error, environment,
+                                            arguments);
         EXPECT_NE(process, nullptr) << error;
         return process;
     }
     std::string output(const std::string& outputName) { return glimmerfold_->output(outputName); }
+
+    // How `glimmerfold <arguments>` ended, as a shell or a key binding sees it.
+    struct Answer {
+        std::optional<int> status;  // nullopt: still running after a while, or killed
+        std::string output;         // standard output and error together
+        bool operator==(const Answer&) const = default;
+        friend std::ostream& operator<<(std::ostream& out, const Answer& answer) {
+            return out << "status " << (answer.status ? std::to_string(*answer.status) : "none")
+                       << ", output \"" << answer.output << '"';
+        }
+    };
+    Answer command(const std::vector<std::string>& arguments) {
+        const std::string name = "command-" + std::to_string(++commandsRun_) + ".log";
+        const auto process = launch(name, {}, arguments);
+        if (!process) {
+            return {};
+        }
+        const std::optional<int> status = process->waitForExit(20s);
+        return {status, output(name)};
+    }
+    std::string notRunning() {
+        return "Glimmerfold is not running on display " + desktop().displayName() + ".\n";
+    }
+    std::string savedSettings() const {
+        std::stringstream settings;
+        settings << std::ifstream(glimmerfold_->settingsFile()).rdbuf();
+        return settings.str();
+    }
 
     void clickAt(double x, double y, int button) {
         input().movePointerTo(static_cast<int>(x), static_cast<int>(y));
@@ -81,6 +111,7 @@ class GlimmerfoldAppTest : public X11DesktopTest {
     }
 
     std::unique_ptr<GlimmerfoldLauncher> glimmerfold_;
+    int commandsRun_ = 0;
 };
 
 TEST_F(GlimmerfoldAppTest, MovesAWindowWhileControlSuperIsHeldAndQuitsFromTheTrayMenu) {
@@ -205,6 +236,75 @@ TEST_F(GlimmerfoldAppTest, WithoutATrayTheSettingsWindowOpensAndSaysWhy) {
     EXPECT_EQ(glimmerfold->waitForExit(10s), 0) << output("glimmerfold.log");
     EXPECT_NE(output("glimmerfold.log").find("No system tray is available"), std::string::npos)
         << output("glimmerfold.log");
+}
+
+// Without an instance the commands change nothing and say so; --settings starts one, which
+// --quit ends.
+TEST_F(GlimmerfoldAppTest, CommandsWithNoInstanceRunningSaySoAndSettingsStartsOne) {
+    const std::string settingsBefore = savedSettings();
+    for (const char* option : {"--enable", "--disable", "--toggle", "--quit"}) {
+        EXPECT_EQ(command({option}), (Answer{1, notRunning()})) << option;
+    }
+    EXPECT_EQ(savedSettings(), settingsBefore);
+
+    const Answer help = command({"--help"});
+    EXPECT_EQ(help.status, 0);
+    for (const char* option : {"--enable", "--disable", "--toggle", "--settings", "--quit"}) {
+        EXPECT_NE(help.output.find(option), std::string::npos) << option << "\n" << help.output;
+    }
+    for (const std::vector<std::string>& misuse :
+         {std::vector<std::string>{"--enable", "--quit"}, {"--frobnicate"}, {"enable"}}) {
+        const Answer answer = command(misuse);
+        EXPECT_EQ(answer.status, 2) << answer;
+        EXPECT_EQ(std::count(answer.output.begin(), answer.output.end(), '\n'), 1) << answer;
+    }
+
+    ASSERT_TRUE(glimmerfold_->startTrayHost()) << "trayer took no tray selection";
+    auto started = launch("started.log", {}, {"--settings"});
+    ASSERT_NE(started, nullptr);
+    // With a tray to live in, only --settings brings the window up.
+    ASSERT_TRUE(
+        waitUntil([&] { return probe().findClientByClass("Glimmerfold").has_value(); }, 10s))
+        << output("started.log");
+    EXPECT_EQ(output("started.log"),
+              "Glimmerfold was not running; started it with its Settings window open.\n");
+
+    EXPECT_EQ(command({"--quit"}), (Answer{0, "Glimmerfold has quit.\n"}));
+    EXPECT_EQ(started->waitForExit(10s), 0) << output("started.log");
+    EXPECT_EQ(command({"--quit"}), (Answer{1, notRunning()}));
+}
+
+// Each command does what the tray menu's item does, saved as the menu saves it, and says what
+// is now true.
+TEST_F(GlimmerfoldAppTest, CommandsDriveTheRunningInstanceAsItsTrayMenuDoes) {
+    ASSERT_TRUE(glimmerfold_->startTrayHost()) << "trayer took no tray selection";
+    auto running = launch("running.log");
+    ASSERT_NE(running, nullptr);
+    ASSERT_TRUE(glimmerfold_->waitForTrayIcon()) << output("running.log");
+    TestClient& logo = desktop().startXlogo(300, 250, 200, 150);
+
+    EXPECT_EQ(command({"--disable"}), (Answer{0, "Glimmerfold is now disabled.\n"}));
+    EXPECT_NE(savedSettings().find("isEnabled=false"), std::string::npos) << savedSettings();
+    EXPECT_FALSE(glimmerfold_->beginGesture(moveKeys, logo.window, 400, 330, 3, 0))
+        << "a window followed the keys while disabled";
+    glimmerfold_->release(moveKeys);
+    EXPECT_EQ(command({"--disable"}), (Answer{0, "Glimmerfold was already disabled.\n"}));
+
+    EXPECT_EQ(command({"--toggle"}), (Answer{0, "Glimmerfold is now enabled.\n"}));
+    EXPECT_NE(savedSettings().find("isEnabled=true"), std::string::npos) << savedSettings();
+    EXPECT_TRUE(glimmerfold_->beginGesture(moveKeys, logo.window, 400, 330, 3, 0))
+        << "no window followed the keys once enabled again\n"
+        << output("running.log");
+    glimmerfold_->release(moveKeys);
+    EXPECT_EQ(command({"--enable"}), (Answer{0, "Glimmerfold was already enabled.\n"}));
+
+    EXPECT_FALSE(probe().findClientByClass("Glimmerfold")) << "no window until asked";
+    EXPECT_EQ(command({"--settings"}), (Answer{0, "Glimmerfold's Settings window is open.\n"}));
+    EXPECT_TRUE(waitUntil([&] { return probe().findClientByClass("Glimmerfold").has_value(); }))
+        << output("running.log");
+
+    EXPECT_EQ(command({"--quit"}), (Answer{0, "Glimmerfold has quit.\n"}));
+    EXPECT_EQ(running->waitForExit(10s), 0) << output("running.log");
 }
 
 }  // namespace

@@ -36,12 +36,12 @@ bool GlimmerfoldLauncher::startTrayHost() {
     return trayHost_ && waitUntil([&] { return tray_.trayOwner().has_value(); }, 10s);
 }
 
-std::unique_ptr<ChildProcess> GlimmerfoldLauncher::launch(const std::string& program,
-                                                          const std::string& outputName,
-                                                          std::string* error,
-                                                          const Environment& extra) {
+std::unique_ptr<ChildProcess> GlimmerfoldLauncher::launch(
+    const std::string& program, const std::string& outputName, std::string* error,
+    const Environment& extra, const std::vector<std::string>& arguments) {
     ChildProcess::Options options;
     options.arguments = {program};
+    options.arguments.insert(options.arguments.end(), arguments.begin(), arguments.end());
     options.environment = desktop_.clientEnvironment();
     const std::pair<const char*, const char*> homes[] = {{"XDG_CONFIG_HOME", "config"},
                                                          {"XDG_RUNTIME_DIR", "runtime"},

@@ -26,10 +26,11 @@ class GlimmerfoldLauncher {
     // Starts trayer and waits until it holds the tray; false when it does not.
     bool startTrayHost();
     using Environment = std::vector<std::pair<std::string, std::string>>;
-    // Starts `program` with its output going to `outputName` (in the desktop's directory unless
-    // absolute); nullptr with the reason in `error`.
+    // Starts `program` with `arguments` and its output going to `outputName` (in the desktop's
+    // directory unless absolute); nullptr with the reason in `error`.
     std::unique_ptr<ChildProcess> launch(const std::string& program, const std::string& outputName,
-                                         std::string* error, const Environment& extra = {});
+                                         std::string* error, const Environment& extra = {},
+                                         const std::vector<std::string>& arguments = {});
     std::string output(const std::string& outputName) const;
     // Where Glimmerfold's tray icon shows, once it does within a few seconds.
     std::optional<Rect> waitForTrayIcon() const;
