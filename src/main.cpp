@@ -1,6 +1,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <array>
+#include <chrono>
 #include <cstdlib>
 #include <iostream>
 #include <optional>
@@ -96,9 +97,9 @@ std::string notRunningLine() {
     return "Glimmerfold is not running on display " + display.toStdString() + ".";
 }
 
-std::string noAnswerLine() {
+std::string noAnswerLine(std::chrono::milliseconds waited) {
     return "Glimmerfold is running but did not answer within " +
-           std::to_string(gf::InstanceClient::answerTimeout.count() / 1000) + " seconds.";
+           std::to_string(waited.count() / 1000) + " seconds.";
 }
 
 std::string describe(gf::InstanceReply reply) {
@@ -126,7 +127,7 @@ int commandRunningInstance(gf::InstanceCommand command) {
             std::cerr << notRunningLine() << '\n';
             return exitNotRunning;
         case gf::InstanceClient::Outcome::unanswered:
-            std::cerr << noAnswerLine() << '\n';
+            std::cerr << noAnswerLine(gf::InstanceClient::defaultAnswerTimeout) << '\n';
             return exitNoAnswer;
         case gf::InstanceClient::Outcome::answered:
             break;
@@ -134,7 +135,7 @@ int commandRunningInstance(gf::InstanceCommand command) {
     const gf::InstanceReply reply = *client.reply();
     if (reply == gf::InstanceReply::quitting && !client.waitForInstanceToEnd()) {
         std::cerr << "Glimmerfold was asked to quit but is still running after "
-                  << gf::InstanceClient::answerTimeout.count() / 1000 << " seconds.\n";
+                  << gf::InstanceClient::defaultAnswerTimeout.count() / 1000 << " seconds.\n";
         return exitNoAnswer;
     }
     std::cout << describe(reply) << '\n';
@@ -194,7 +195,7 @@ std::optional<int> answerCommandLine(int argc, char* argv[], bool* showSettings)
 // A `--settings` that found Glimmerfold running says what came of asking it.
 int reportHandOver(const gf::SingleInstance& instance) {
     if (instance.handOverReply() != gf::InstanceReply::settingsShown) {
-        std::cerr << noAnswerLine() << '\n';
+        std::cerr << noAnswerLine(gf::SingleInstance::handOverTimeout) << '\n';
         return exitNoAnswer;
     }
     std::cout << describe(gf::InstanceReply::settingsShown) << '\n';

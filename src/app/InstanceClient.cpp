@@ -12,15 +12,16 @@ int remainingMs(const QDeadlineTimer& deadline) {
 
 }  // namespace
 
-InstanceClient::InstanceClient(QString serverName) : serverName_(std::move(serverName)) {}
+InstanceClient::InstanceClient(QString serverName, std::chrono::milliseconds answerTimeout)
+    : serverName_(std::move(serverName)), answerTimeout_(answerTimeout) {}
 
 InstanceClient::Outcome InstanceClient::send(InstanceCommand command) {
     reply_.reset();
     socket_.connectToServer(serverName_);
-    if (!socket_.waitForConnected(static_cast<int>(answerTimeout.count()))) {
+    if (!socket_.waitForConnected(static_cast<int>(answerTimeout_.count()))) {
         return Outcome::notRunning;
     }
-    const QDeadlineTimer deadline(answerTimeout);
+    const QDeadlineTimer deadline(answerTimeout_);
     socket_.write(requestLine(command));
     bool waiting = socket_.waitForBytesWritten(remainingMs(deadline));
     while (waiting && !socket_.canReadLine()) {
@@ -36,7 +37,7 @@ bool InstanceClient::waitForInstanceToEnd() {
     if (socket_.state() == QLocalSocket::UnconnectedState) {
         return true;
     }
-    return socket_.waitForDisconnected(static_cast<int>(answerTimeout.count()));
+    return socket_.waitForDisconnected(static_cast<int>(answerTimeout_.count()));
 }
 
 }  // namespace gf

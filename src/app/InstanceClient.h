@@ -22,9 +22,10 @@ class InstanceClient {
 
     // A running instance answers from its event loop, which a loaded machine may keep busy for
     // seconds; past this it is taken as hung.
-    static constexpr std::chrono::milliseconds answerTimeout{10000};
+    static constexpr std::chrono::milliseconds defaultAnswerTimeout{10000};
 
-    explicit InstanceClient(QString serverName);
+    explicit InstanceClient(QString serverName,
+                            std::chrono::milliseconds answerTimeout = defaultAnswerTimeout);
 
     Outcome send(InstanceCommand command);
     std::optional<InstanceReply> reply() const { return reply_; }
@@ -34,6 +35,7 @@ class InstanceClient {
 
   private:
     QString serverName_;
+    std::chrono::milliseconds answerTimeout_;
     QLocalSocket socket_;
     std::optional<InstanceReply> reply_;
 };

@@ -117,7 +117,7 @@ bool SingleInstance::listen() {
 // it starts but answers only from its event loop, which on a loaded machine can be seconds later.
 // The request waits in its socket until it reads it and shows Settings.
 bool SingleInstance::askRunningInstance() {
-    InstanceClient client(serverName_);
+    InstanceClient client(serverName_, handOverTimeout);
     const InstanceClient::Outcome outcome = client.send(InstanceCommand::showSettings);
     handOverReply_ = client.reply();
     return outcome != InstanceClient::Outcome::notRunning;

@@ -6,6 +6,7 @@
 #include <QLocalServer>
 #include <QObject>
 #include <QString>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -40,6 +41,9 @@ class SingleInstance : public QObject {
     // A connection that has not sent its request by then is dropped, so a
     // silent client holds nothing for long.
     static constexpr int requestTimeoutMs = 2000;
+    // How long a later launch waits for the running one's answer. It need not
+    // wait for long: the request waits in the socket until it is read.
+    static constexpr std::chrono::milliseconds handOverTimeout{3000};
 
     // The socket for this user and display: in $XDG_RUNTIME_DIR when set,
     // otherwise in the temporary directory with the user id in its name.
