@@ -92,6 +92,29 @@ std::optional<Rect> DesktopProbe::frameGeometry(WindowId client) const {
                 geometry->width + 2 * border, geometry->height + 2 * border};
 }
 
+std::optional<Rect> DesktopProbe::visibleFrame(WindowId client) const {
+    auto origin = xcbReply(connection_, xcb_translate_coordinates_reply,
+                           xcb_translate_coordinates(connection_, client, root_, 0, 0));
+    auto geometry =
+        xcbReply(connection_, xcb_get_geometry_reply, xcb_get_geometry(connection_, client));
+    if (!origin || !geometry) {
+        return std::nullopt;
+    }
+    // The translated origin is inside the border; the border is drawn around it.
+    const double border = geometry->border_width;
+    Rect visible{origin->dst_x - border, origin->dst_y - border, geometry->width + 2 * border,
+                 geometry->height + 2 * border};
+    if (const std::vector<std::uint32_t> inside = clientSideExtents(client); inside.size() == 4) {
+        visible = {visible.x + inside[0], visible.y + inside[2],
+                   visible.width - inside[0] - inside[1], visible.height - inside[2] - inside[3]};
+    }
+    if (const std::vector<std::uint32_t> around = frameExtents(client); around.size() == 4) {
+        visible = {visible.x - around[0], visible.y - around[2],
+                   visible.width + around[0] + around[1], visible.height + around[2] + around[3]};
+    }
+    return visible;
+}
+
 std::vector<WindowId> DesktopProbe::rootChildrenBottomToTop() const {
     return children(root_);
 }
@@ -210,6 +233,10 @@ bool DesktopProbe::isManaged(WindowId client) const {
 
 std::vector<std::uint32_t> DesktopProbe::frameExtents(WindowId client) const {
     return cardinals(connection_, client, atom("_NET_FRAME_EXTENTS"), 4);
+}
+
+std::vector<std::uint32_t> DesktopProbe::clientSideExtents(WindowId client) const {
+    return cardinals(connection_, client, atom("_GTK_FRAME_EXTENTS"), 4);
 }
 
 std::optional<std::int32_t> DesktopProbe::pidOf(WindowId client) const {

@@ -25,6 +25,13 @@ class DesktopProbe {
     std::optional<WindowId> frameOf(WindowId client) const;
     // The frame's rectangle in root coordinates, border included.
     std::optional<Rect> frameGeometry(WindowId client) const;
+    // What the user sees of the client, in root coordinates: its window with
+    // its X border, less the invisible margins a client that draws its own
+    // decorations declares (_GTK_FRAME_EXTENTS), plus the window manager's
+    // decorations (_NET_FRAME_EXTENTS). Taken from the client's own position,
+    // not from the frame window, so that frames with invisible parts of their
+    // own cannot blur it.
+    std::optional<Rect> visibleFrame(WindowId client) const;
 
     // Children of the root as the server stacks them, bottom first.
     std::vector<WindowId> rootChildrenBottomToTop() const;
@@ -48,6 +55,9 @@ class DesktopProbe {
     // The decorations around a client (_NET_FRAME_EXTENTS: left, right, top,
     // bottom); empty when it has none.
     std::vector<std::uint32_t> frameExtents(WindowId client) const;
+    // The shadow and resize margins inside a client that draws its own
+    // decorations (_GTK_FRAME_EXTENTS: left, right, top, bottom); empty when none.
+    std::vector<std::uint32_t> clientSideExtents(WindowId client) const;
 
     std::optional<std::int32_t> pidOf(WindowId client) const;
     std::optional<std::string> classOf(WindowId client) const;
