@@ -153,6 +153,10 @@ const char* nameOf(WindowManager windowManager) {
     return "unknown";
 }
 
+void PrintTo(WindowManager windowManager, std::ostream* stream) {
+    *stream << nameOf(windowManager);
+}
+
 const std::vector<WindowManager>& everyWindowManager() {
     static const std::vector<WindowManager> all{
         WindowManager::openbox, WindowManager::xfwm4,   WindowManager::xfwm4Compositing,

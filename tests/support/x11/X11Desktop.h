@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <iosfwd>
 #include <memory>
 #include <optional>
 #include <string>
@@ -58,6 +59,8 @@ enum class WindowManager {
     fluxbox,
 };
 const char* nameOf(WindowManager windowManager);
+// Names it where GoogleTest prints a parameter (test lists, failures).
+void PrintTo(WindowManager windowManager, std::ostream* stream);
 // Every window manager above, none included, for suites that run on each.
 const std::vector<WindowManager>& everyWindowManager();
 
