@@ -68,7 +68,12 @@ session.screen0.edgeSnapThreshold: 0
 session.screen0.focusModel: ClickFocus
 session.screen0.windowPlacement: RowSmartPlacement
 session.styleFile: /usr/share/fluxbox/styles/Emerge
+session.configVersion: 13
 )";
+
+// Without a wallpaper setter installed, fluxbox's fbsetbg otherwise pops up a
+// message box a few seconds after the start, over the windows and with the focus.
+constexpr const char* kFluxboxOverlay = "background: unset\n";
 
 // WM_SIZE_HINTS flags.
 constexpr std::uint32_t kUserPosition = 1u << 0;
@@ -265,14 +270,19 @@ ChildProcess::Options X11Desktop::windowManagerProcess(WindowManager windowManag
             break;
         }
         case WindowManager::fluxbox: {
-            const std::filesystem::path init = directory_ / "fluxbox-init";
-            std::ofstream(directory_ / "fluxbox-keys");
-            std::ofstream(directory_ / "fluxbox-apps");
-            std::ofstream(init) << "session.keyFile: " << (directory_ / "fluxbox-keys").string()
-                                << "\nsession.appsFile: " << (directory_ / "fluxbox-apps").string()
-                                << "\n"
-                                << kFluxboxInit;
-            process.arguments = {"fluxbox", "-rc", init.string()};
+            // In fluxbox's own directory: on a first start it overwrites the file given with
+            // -rc by the system's defaults (toolbar, key bindings, wallpaper) unless it is there.
+            const std::filesystem::path config = directory_ / ".fluxbox";
+            std::filesystem::create_directories(config);
+            std::ofstream(config / "keys");
+            std::ofstream(config / "apps");
+            std::ofstream(config / "overlay") << kFluxboxOverlay;
+            std::ofstream(config / "init")
+                << "session.keyFile: " << (config / "keys").string()
+                << "\nsession.appsFile: " << (config / "apps").string()
+                << "\nsession.styleOverlay: " << (config / "overlay").string() << "\n"
+                << kFluxboxInit;
+            process.arguments = {"fluxbox", "-rc", (config / "init").string()};
             break;
         }
         case WindowManager::none:
