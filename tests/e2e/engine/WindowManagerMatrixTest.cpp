@@ -82,6 +82,7 @@ class WindowManagerMatrixTest : public EngineDesktopTest,
         return waitUntil([&] { return probe().focusedClient() == newest; });
     }
 
+    // Grabs the pointer from the test's own connection: another client, to the backend.
     bool grabPointer() {
         xcb_connection_t* c = desktop().connection();
         auto grab = xcbReply(
