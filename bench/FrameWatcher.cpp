@@ -1,10 +1,5 @@
 #include "FrameWatcher.h"
 
-#include <fcntl.h>
-#include <poll.h>
-#include <unistd.h>
-
-#include <array>
 #include <utility>
 
 #include "platform/x11/XcbReply.h"
@@ -28,76 +23,40 @@ std::unique_ptr<FrameWatcher> FrameWatcher::open(const std::string& displayName,
         *error = "the frame to watch is gone";
         return nullptr;
     }
-    int wake[2];
-    if (pipe2(wake, O_CLOEXEC | O_NONBLOCK) != 0) {
-        xcb_disconnect(connection);
-        *error = "cannot create a pipe";
-        return nullptr;
-    }
-    return std::make_unique<FrameWatcher>(Key{}, connection, frame, wake);
+    return std::make_unique<FrameWatcher>(Key{}, connection, frame);
 }
 
-FrameWatcher::FrameWatcher(const Key&, xcb_connection_t* connection, xcb_window_t frame,
-                           int wakeFd[2])
-    : connection_(connection), frame_(frame), wakeRead_(wakeFd[0]), wakeWrite_(wakeFd[1]) {
+FrameWatcher::FrameWatcher(const Key&, xcb_connection_t* connection, xcb_window_t frame)
+    : connection_(connection), frame_(frame) {
     // Selected before the geometry is read, so no change falls in between.
     if (auto geometry =
             xcbReply(connection_, xcb_get_geometry_reply, xcb_get_geometry(connection_, frame_))) {
         latest_ = {Clock::now(), geometry->x, geometry->y, geometry->width, geometry->height};
     }
-    thread_ = std::thread([this] { run(); });
+    events_ = std::make_unique<EventThread>(
+        connection_, [this](Clock::time_point arrived, const xcb_generic_event_t& event) {
+            handle(arrived, event);
+        });
 }
 
 FrameWatcher::~FrameWatcher() {
-    {
-        std::lock_guard lock(mutex_);
-        stopping_ = true;
-    }
-    const char byte = 0;
-    [[maybe_unused]] const ssize_t written = write(wakeWrite_, &byte, 1);
-    thread_.join();
-    close(wakeRead_);
-    close(wakeWrite_);
+    events_.reset();
     xcb_disconnect(connection_);
 }
 
-void FrameWatcher::run() {
-    std::array<pollfd, 2> descriptors{
-        {{xcb_get_file_descriptor(connection_), POLLIN, 0}, {wakeRead_, POLLIN, 0}}};
-    while (true) {
-        {
-            std::lock_guard lock(mutex_);
-            if (stopping_) {
-                return;
-            }
-        }
-        if (poll(descriptors.data(), descriptors.size(), -1) < 0) {
-            continue;
-        }
-        const Clock::time_point arrived = Clock::now();
-        std::vector<FrameReport> batch;
-        while (XcbPointer<xcb_generic_event_t> event{xcb_poll_for_event(connection_)}) {
-            if ((event->response_type & 0x7f) != XCB_CONFIGURE_NOTIFY) {
-                continue;
-            }
-            const auto& configure = reinterpret_cast<const xcb_configure_notify_event_t&>(*event);
-            if (configure.window == frame_) {
-                batch.push_back(
-                    {arrived, configure.x, configure.y, configure.width, configure.height});
-            }
-        }
-        if (xcb_connection_has_error(connection_) != 0) {
-            return;
-        }
-        if (!batch.empty()) {
-            std::lock_guard lock(mutex_);
-            reports_.insert(reports_.end(), batch.begin(), batch.end());
-            latest_ = batch.back();
-            changed_.notify_all();
-        }
+void FrameWatcher::handle(Clock::time_point arrived, const xcb_generic_event_t& event) {
+    if ((event.response_type & 0x7f) != XCB_CONFIGURE_NOTIFY) {
+        return;
     }
+    const auto& configure = reinterpret_cast<const xcb_configure_notify_event_t&>(event);
+    if (configure.window != frame_) {
+        return;
+    }
+    std::lock_guard lock(mutex_);
+    latest_ = {arrived, configure.x, configure.y, configure.width, configure.height};
+    reports_.push_back(latest_);
+    changed_.notify_all();
 }
-
 std::vector<FrameReport> FrameWatcher::takeReports() {
     std::lock_guard lock(mutex_);
     return std::exchange(reports_, {});

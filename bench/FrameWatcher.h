@@ -8,9 +8,9 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
+#include "EventThread.h"
 #include "LatencyMatch.h"
 
 namespace gf::bench {
@@ -36,7 +36,7 @@ class FrameWatcher {
     static std::unique_ptr<FrameWatcher> open(const std::string& displayName, xcb_window_t frame,
                                               std::string* error);
 
-    FrameWatcher(const Key&, xcb_connection_t* connection, xcb_window_t frame, int wakeFd[2]);
+    FrameWatcher(const Key&, xcb_connection_t* connection, xcb_window_t frame);
     FrameWatcher(const FrameWatcher&) = delete;
     FrameWatcher& operator=(const FrameWatcher&) = delete;
     ~FrameWatcher();
@@ -54,19 +54,17 @@ class FrameWatcher {
     bool waitUntilStill(std::chrono::milliseconds quiet, std::chrono::milliseconds timeout);
 
   private:
-    void run();
+    void handle(Clock::time_point arrived, const xcb_generic_event_t& event);
 
     xcb_connection_t* connection_;
     xcb_window_t frame_;
-    int wakeRead_;
-    int wakeWrite_;
 
     mutable std::mutex mutex_;
     std::condition_variable changed_;
     std::vector<FrameReport> reports_;
     FrameReport latest_;
-    bool stopping_ = false;
-    std::thread thread_;
+    // Last, so that it stops before anything it reports into goes.
+    std::unique_ptr<EventThread> events_;
 };
 
 }  // namespace gf::bench

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <functional>
+#include <thread>
+
+#include "LatencyMatch.h"
+
+namespace gf::bench {
+
+// Reads a connection's events on a thread of its own as soon as they come and
+// hands each to a handler with the moment its batch arrived. The connection is
+// the caller's and must be used for nothing else while the thread runs, so
+// that nothing but the scheduler stands between an event and its stamp.
+class EventThread {
+  public:
+    using Handler = std::function<void(Clock::time_point arrived, const xcb_generic_event_t&)>;
+
+    // Throws std::runtime_error when the thread cannot be woken for stopping.
+    EventThread(xcb_connection_t* connection, Handler handler);
+    EventThread(const EventThread&) = delete;
+    EventThread& operator=(const EventThread&) = delete;
+    // Stops and joins the thread; the connection stays open.
+    ~EventThread();
+
+  private:
+    void run();
+
+    xcb_connection_t* connection_;
+    Handler handler_;
+    int wakeRead_ = -1;
+    int wakeWrite_ = -1;
+    std::thread thread_;
+};
+
+}  // namespace gf::bench
