@@ -2,8 +2,10 @@
 
 #include <xcb/xcb.h>
 
+#include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "x11/XTestDriver.h"
 
@@ -28,15 +30,28 @@ class Hands {
     void pressButton(int button) { driver_->pressButton(button); }
     void releaseButton(int button) { driver_->releaseButton(button); }
 
+    // Sends a key press at once without waiting for the server, so that the
+    // moment it leaves is known to within the cost of one write; false when
+    // no key of the keyboard produces the keysym.
+    bool sendKeyPress(std::uint32_t keysym);
     // Sends the motion at once without waiting for the server.
     void moveTo(int x, int y);
+    // The same as a mouse reports it: by an offset from wherever the pointer is.
+    void moveBy(int dx, int dy);
     // Waits until everything sent has been processed.
     void sync() { driver_->sync(); }
 
   private:
+    void fakeMotion(bool relative, int x, int y);
+    std::uint8_t keycodeOf(std::uint32_t keysym) const;
+
     xcb_connection_t* connection_;
     xcb_window_t root_;
     std::unique_ptr<test::XTestDriver> driver_;
+    // The keyboard mapping, read once: looking a key up must not cost a round trip.
+    std::uint8_t firstKeycode_ = 0;
+    int keysymsPerKeycode_ = 0;
+    std::vector<xcb_keysym_t> keysyms_;
 };
 
 }  // namespace gf::bench

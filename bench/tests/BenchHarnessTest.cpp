@@ -10,7 +10,9 @@
 #include "LatencyMatch.h"
 #include "MotionPath.h"
 #include "ProcessMeter.h"
+#include "StackingWatcher.h"
 #include "TrayIconFinder.h"
+#include "WindowCrowd.h"
 
 namespace gf::bench {
 namespace {
@@ -105,6 +107,39 @@ TEST_F(BenchHarnessTest, PutsTheWindowBackAndMeasuresTheDesktopsProcesses) {
         EXPECT_GT(sample.residentKiB, 1000u);
         EXPECT_FALSE(sample.threads.empty());
     }
+}
+
+TEST_F(BenchHarnessTest, TheCrowdStaysClearOfTheWindowAndARaiseIsReportedAsItHappens) {
+    std::string error;
+    auto crowd = WindowCrowd::open(desktop_->displayName(), &error);
+    ASSERT_NE(crowd, nullptr) << error;
+    const Rect keepClear{240, 190, 320, 290};
+    ASSERT_TRUE(crowd->growTo(40, keepClear));
+    const test::DesktopProbe& probe = desktop_->probe();
+    std::size_t seen = 0;
+    for (test::WindowId client : probe.allClients()) {
+        if (probe.classOf(client) == "GlimmerfoldBench") {
+            ++seen;
+            EXPECT_FALSE(probe.frameGeometry(client)->intersects(keepClear)) << client;
+            EXPECT_TRUE(probe.isAbove(client, window_.client)) << "opened later, stacked higher";
+        }
+    }
+    EXPECT_EQ(seen, 40u);
+
+    auto stacking = StackingWatcher::open(desktop_->displayName(), &error);
+    ASSERT_NE(stacking, nullptr) << error;
+    const test::WindowId lowest = *probe.frameOf(crowd->first());
+    ASSERT_TRUE(stacking->expectAbove(window_.frame, lowest));
+    const auto asked = Clock::now();
+    const std::uint32_t above = XCB_STACK_MODE_ABOVE;
+    xcb_configure_window(desktop_->connection(), window_.client, XCB_CONFIG_WINDOW_STACK_MODE,
+                         &above);
+    xcb_flush(desktop_->connection());
+    const std::optional<Clock::time_point> raised = stacking->waitForAbove(2s);
+    ASSERT_TRUE(raised) << "openbox raises a window that asks";
+    EXPECT_GT(*raised, asked);
+    EXPECT_TRUE(probe.isAbove(window_.client, crowd->first()));
+    EXPECT_FALSE(stacking->expectAbove(window_.frame, lowest)) << "already above";
 }
 
 TEST_F(BenchHarnessTest, StartUpEndsWhenTheTrayIconIsMappedInTheTray) {
