@@ -6,9 +6,15 @@
 #include <stdexcept>
 #include <thread>
 
+#include <xcb/xcb.h>
+
 #include "MotionSchedule.h"
 #include "PollUntil.h"
+#include "StackingWatcher.h"
 #include "TrayIconFinder.h"
+#include "WindowCrowd.h"
+#include "platform/x11/XcbReply.h"
+#include "x11/WaitUntil.h"
 
 namespace gf::bench {
 
@@ -33,6 +39,32 @@ constexpr auto kStill = 40ms;
 constexpr auto kStillAfterQuickGesture = 15ms;
 constexpr auto kCatchUpTimeout = 1s;
 
+// Gesture start. Control alone begins nothing; the time runs from the second
+// key, and the first is given long enough to have been seen.
+constexpr auto kBetweenKeys = 20ms;
+// Probe motions after the keys, close enough together to time a pointer read
+// to a quarter of a millisecond, along a path that stays inside the window.
+constexpr auto kProbeSpacing = 250us;
+constexpr std::size_t kMaxProbeMotions = 4000;
+constexpr std::size_t kProbeMotionsAfterMove = 8;
+constexpr int kProbeSweep = 40;
+// Around the window's place: room for the probe's path, kept clear of the crowd.
+constexpr int kClearance = 60;
+
+// Auto raise: the second window stands this far to the right of the first.
+constexpr int kNeighbourGap = 60;
+// A crossing moves like a hand: small steps a millisecond apart inside the
+// window it leaves, then one flick across the gap onto the other.
+constexpr int kCrossingStep = 8;
+constexpr auto kCrossingStepInterval = 1ms;
+constexpr int kCrossingEdgeMargin = 12;
+// How long the pointer stays on the raised window before it leaves again.
+constexpr auto kRestAfterRaise = 40ms;
+constexpr auto kRaiseTimeout = 3s;
+// Where no window is.
+constexpr int kBareDesktopX = 5;
+constexpr int kBareDesktopY = 795;
+
 const char* moverName(bool glimmerfold) {
     return glimmerfold ? "Glimmerfold" : "openbox";
 }
@@ -47,7 +79,10 @@ BenchPlan BenchPlan::smokeTest() {
     plan.idleSeconds = 0.3;
     plan.startupLaunches = 1;
     plan.gestures = 20;
-    plan.withAutoRaise = false;
+    plan.sceneSizes = {10};
+    plan.gestureStartTrials = 3;
+    plan.autoRaiseCrossings = 2;
+    plan.settleAfterLaunch = 200ms;
     plan.withResize = false;
     return plan;
 }
@@ -110,6 +145,9 @@ BenchResults Bench::run() {
             }
         });
     }
+    if (plan_.withGestureStart) {
+        runPart("gesture start", [&] { measureGestureStarts(results); });
+    }
     if (plan_.withAutoRaise) {
         runPart("auto raise", [&] { measureWithAutoRaise(results); });
     }
@@ -136,7 +174,7 @@ void Bench::measureWithAutoRaise(BenchResults& results) {
     if (!glimmerfold_) {
         return;
     }
-    std::this_thread::sleep_for(1s);
+    std::this_thread::sleep_for(plan_.settleAfterLaunch);
     if (plan_.withIdle) {
         results.idleRuns.push_back(measureIdle(0, true));
     }
@@ -152,6 +190,10 @@ void Bench::measureWithAutoRaise(BenchResults& results) {
                 measureLatency(Mover::glimmerfold, Gesture::move, rate, true));
         }
     }
+    results.autoRaiseDelays.push_back(measureAutoRaiseDelay());
+    if (!results.autoRaiseDelays.back().problem.empty()) {
+        results.problems.push_back("auto raise: " + results.autoRaiseDelays.back().problem);
+    }
 }
 
 void Bench::launchGlimmerfold(bool autoRaise, BenchResults& results) {
@@ -163,7 +205,8 @@ void Bench::launchGlimmerfold(bool autoRaise, BenchResults& results) {
         },
         5s, 5ms);
     std::string error;
-    glimmerfold_ = GlimmerfoldProcess::launch(desktop_, executable_, {autoRaise}, &error);
+    glimmerfold_ = GlimmerfoldProcess::launch(desktop_, executable_,
+                                              {autoRaise, plan_.autoRaiseDelaySeconds}, &error);
     if (!glimmerfold_) {
         results.problems.push_back(error);
         return;
@@ -325,6 +368,209 @@ LatencyRun Bench::measureLatency(Mover mover, Gesture gesture, int rateHz, bool 
     return run;
 }
 
+void Bench::measureGestureStarts(BenchResults& results) {
+    std::string error;
+    const std::unique_ptr<WindowCrowd> crowd = WindowCrowd::open(desktop_.displayName(), &error);
+    if (!crowd) {
+        results.problems.push_back(error);
+        return;
+    }
+    for (std::size_t windows : plan_.sceneSizes) {
+        results.gestureStarts.push_back(measureGestureStartAmong(*crowd, windows));
+        if (!results.gestureStarts.back().problem.empty()) {
+            results.problems.push_back("gesture start with " + std::to_string(windows) +
+                                       " windows: " + results.gestureStarts.back().problem);
+        }
+    }
+}
+
+GestureStartRun Bench::measureGestureStartAmong(WindowCrowd& crowd, std::size_t windows) {
+    GestureStartRun run;
+    run.windows = windows;
+    // The window moved is one of those open.
+    if (windows < 2 || !crowd.growTo(windows - 1, homeClearance())) {
+        run.problem = "the other windows did not all come up";
+        return run;
+    }
+    std::vector<double> pointerRead;
+    std::vector<double> following;
+    std::vector<double> frameMoved;
+    for (std::size_t trial = 0; trial < plan_.gestureStartTrials; ++trial) {
+        const std::optional<GestureStartTiming> timing = timeGestureStart(crowd, &run.problem);
+        if (!timing) {
+            break;
+        }
+        pointerRead.push_back(timing->pointerReadMs);
+        following.push_back(timing->followingMs);
+        frameMoved.push_back(timing->frameMovedMs);
+    }
+    run.trials = following.size();
+    run.pointerReadMs = distributionOf(pointerRead);
+    run.followingMs = distributionOf(following);
+    run.frameMovedMs = distributionOf(frameMoved);
+    return run;
+}
+
+std::optional<GestureStartTiming> Bench::timeGestureStart(const WindowCrowd& crowd,
+                                                          std::string* problem) {
+    if (!placeHome() || !lowerBelow(crowd)) {
+        *problem = "the window could not be put back in its place under the others";
+        return std::nullopt;
+    }
+    const auto [x, y] = grabPoint(Gesture::move);
+    hands_->moveTo(x, y);
+    hands_->sync();
+    watcher_->waitUntilStill(kStill, kCatchUpTimeout);
+    const FrameReport before = watcher_->latest();
+    hands_->pressKey(controlL);
+    std::this_thread::sleep_for(kBetweenKeys);
+    watcher_->takeReports();
+
+    const MotionPath path(kProbeSweep);
+    std::vector<Clock::time_point> sent;
+    sent.reserve(kMaxProbeMotions);
+    std::optional<std::size_t> movedAt;
+    const auto keys = Clock::now();
+    if (!hands_->sendKeyPress(superL)) {
+        *problem = "no key of the keyboard is Super";
+        hands_->releaseKey(controlL);
+        return std::nullopt;
+    }
+    for (std::size_t i = 0; i < kMaxProbeMotions; ++i) {
+        std::this_thread::sleep_until(keys + kProbeSpacing * static_cast<int>(i + 1));
+        const PixelOffset offset = path.at(i);
+        sent.push_back(Clock::now());
+        hands_->moveTo(x + offset.dx, y + offset.dy);
+        if (movedAt) {
+            if (i >= *movedAt + kProbeMotionsAfterMove) {
+                break;
+            }
+        } else if (const FrameReport now = watcher_->latest();
+                   now.x != before.x || now.y != before.y) {
+            movedAt = i;
+        }
+    }
+    watcher_->waitUntilStill(kStill, kCatchUpTimeout);
+    const std::vector<FrameReport> reports = watcher_->takeReports();
+    letGo(Mover::glimmerfold, Gesture::move, kStill);
+    return gf::bench::timeGestureStart(keys, sent, path, before, reports, problem);
+}
+
+bool Bench::lowerBelow(const WindowCrowd& crowd) {
+    const test::DesktopProbe& probe = desktop_.probe();
+    if (crowd.size() == 0 || !probe.isAbove(window_.client, crowd.first())) {
+        return true;
+    }
+    // A request of the window's own, which the window manager carries out.
+    const std::uint32_t below = XCB_STACK_MODE_BELOW;
+    xcb_configure_window(desktop_.connection(), window_.client, XCB_CONFIG_WINDOW_STACK_MODE,
+                         &below);
+    xcb_flush(desktop_.connection());
+    return test::waitUntil([&] { return !probe.isAbove(window_.client, crowd.first()); }, 2s);
+}
+
+AutoRaiseDelayRun Bench::measureAutoRaiseDelay() {
+    AutoRaiseDelayRun run;
+    run.delayMs = plan_.autoRaiseDelaySeconds * 1000.0;
+    std::string error;
+    const std::unique_ptr<WindowCrowd> neighbours =
+        WindowCrowd::open(desktop_.displayName(), &error);
+    const std::unique_ptr<StackingWatcher> stacking =
+        neighbours ? StackingWatcher::open(desktop_.displayName(), &error) : nullptr;
+    if (!stacking) {
+        run.problem = error;
+        return run;
+    }
+    const std::optional<Rect> home =
+        placeHome() ? desktop_.probe().frameGeometry(window_.client) : std::nullopt;
+    const std::optional<test::WindowId> other =
+        home ? neighbours->add(static_cast<int>(home->maxX()) + kNeighbourGap, kHomeY, kClientWidth,
+                               kClientHeight)
+             : std::nullopt;
+    if (!other) {
+        run.problem = "the second window did not come up beside the first";
+        return run;
+    }
+    // The pointer comes onto the first window from the bare desktop, and that
+    // window comes to the front (the second opened above it); not counted.
+    const std::optional<test::WindowId> otherFrame = desktop_.probe().frameOf(*other);
+    hands_->moveTo(kBareDesktopX, kBareDesktopY);
+    hands_->sync();
+    std::this_thread::sleep_for(kRestAfterRaise);
+    const bool behind = stacking->expectAbove(window_.frame, otherFrame.value_or(XCB_WINDOW_NONE));
+    hands_->moveTo(static_cast<int>(home->midX()), static_cast<int>(home->midY()));
+    if (behind && !stacking->waitForAbove(kRaiseTimeout)) {
+        run.problem = "the window under the pointer was not raised";
+        return run;
+    }
+    std::this_thread::sleep_for(kRestAfterRaise);
+    std::vector<double> late;
+    std::string problem;
+    for (std::size_t crossing = 0; crossing < plan_.autoRaiseCrossings; ++crossing) {
+        const bool outward = crossing % 2 == 0;
+        const std::optional<double> ms = timeAutoRaise(*stacking, outward ? window_.client : *other,
+                                                       outward ? *other : window_.client, &problem);
+        if (!ms) {
+            run.problem = problem;
+            break;
+        }
+        late.push_back(*ms - run.delayMs);
+    }
+    run.crossings = late.size();
+    run.lateMs = distributionOf(late);
+    return run;
+}
+
+std::optional<double> Bench::timeAutoRaise(StackingWatcher& stacking, test::WindowId from,
+                                           test::WindowId to, std::string* problem) {
+    const test::DesktopProbe& probe = desktop_.probe();
+    const std::optional<test::WindowId> fromFrame = probe.frameOf(from);
+    const std::optional<test::WindowId> toFrame = probe.frameOf(to);
+    const std::optional<Rect> fromRect = probe.frameGeometry(from);
+    const std::optional<Rect> toRect = probe.frameGeometry(to);
+    if (!fromFrame || !toFrame || !fromRect || !toRect) {
+        *problem = "a window went away";
+        return std::nullopt;
+    }
+    if (!stacking.expectAbove(*toFrame, *fromFrame)) {
+        *problem = "the window the pointer went to was in front already";
+        return std::nullopt;
+    }
+    const Clock::time_point last = crossOnto(*fromRect, *toRect);
+    const std::optional<Clock::time_point> raised = stacking.waitForAbove(kRaiseTimeout);
+    if (!raised) {
+        *problem = "the window the pointer rested on was not raised";
+        return std::nullopt;
+    }
+    xcb_connection_t* c = desktop_.connection();
+    const auto pointer =
+        xcbReply(c, xcb_query_pointer_reply, xcb_query_pointer(c, desktop_.root()));
+    if (!pointer || !toRect->contains({static_cast<double>(pointer->root_x),
+                                       static_cast<double>(pointer->root_y)})) {
+        *problem = "the pointer did not land on the other window";
+        return std::nullopt;
+    }
+    std::this_thread::sleep_for(kRestAfterRaise);
+    return std::chrono::duration<double, std::milli>(*raised - last).count();
+}
+
+// From the middle of one window to the middle of the other, level with it.
+Clock::time_point Bench::crossOnto(const Rect& from, const Rect& to) {
+    const int step = to.midX() > from.midX() ? kCrossingStep : -kCrossingStep;
+    int x = static_cast<int>(from.midX());
+    const auto staysInside = [&](int next) {
+        return next >= from.minX() + kCrossingEdgeMargin &&
+               next < from.maxX() - kCrossingEdgeMargin;
+    };
+    for (; staysInside(x + step); x += step) {
+        hands_->moveBy(step, 0);
+        std::this_thread::sleep_for(kCrossingStepInterval);
+    }
+    const Clock::time_point last = Clock::now();
+    hands_->moveBy(static_cast<int>(to.midX()) - x, 0);
+    return last;
+}
+
 std::optional<Bench::Hold> Bench::takeHold(Mover mover, Gesture gesture) {
     const auto [x, y] = grabPoint(gesture);
     hands_->moveTo(x, y);
@@ -377,6 +623,12 @@ void Bench::letGo(Mover mover, Gesture gesture, std::chrono::milliseconds still)
 
 bool Bench::placeHome() {
     return desktop_.placeWindow(window_, kHomeX, kHomeY, kClientWidth, kClientHeight);
+}
+
+Rect Bench::homeClearance() const {
+    const Rect frame = desktop_.probe().frameGeometry(window_.client).value_or(Rect{});
+    return {kHomeX - kClearance, kHomeY - kClearance, frame.width + 2 * kClearance,
+            frame.height + 2 * kClearance};
 }
 
 std::pair<int, int> Bench::grabPoint(Gesture gesture) const {

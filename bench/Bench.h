@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -9,6 +10,7 @@
 #include "BenchDesktop.h"
 #include "BenchResults.h"
 #include "FrameWatcher.h"
+#include "GestureStartTiming.h"
 #include "GlimmerfoldProcess.h"
 #include "Hands.h"
 #include "MotionPath.h"
@@ -23,9 +25,16 @@ struct BenchPlan {
     double idleSeconds = 3.0;
     std::size_t startupLaunches = 5;
     std::size_t gestures = 1000;
+    // Client windows open, the moved one included, for the gesture start.
+    std::vector<std::size_t> sceneSizes{10, 100, 300};
+    std::size_t gestureStartTrials = 20;
+    std::size_t autoRaiseCrossings = 20;
+    double autoRaiseDelaySeconds = 0.1;
+    std::chrono::milliseconds settleAfterLaunch{1000};
     bool withIdle = true;
     bool withMemory = true;
     bool withLatency = true;
+    bool withGestureStart = true;
     bool withAutoRaise = true;
     bool withResize = true;
     bool keepRawLatencies = false;
@@ -35,6 +44,9 @@ struct BenchPlan {
 };
 
 // Drives the measurements on one bench desktop with one xlogo window.
+class StackingWatcher;
+class WindowCrowd;
+
 class Bench {
   public:
     Bench(BenchDesktop& desktop, std::filesystem::path glimmerfold, BenchPlan plan);
@@ -64,11 +76,21 @@ class Bench {
     IdleRun measureIdle(int rateHz, bool autoRaise);
     void measureMemory(BenchResults& results);
     LatencyRun measureLatency(Mover mover, Gesture gesture, int rateHz, bool autoRaise);
+    void measureGestureStarts(BenchResults& results);
+    GestureStartRun measureGestureStartAmong(WindowCrowd& crowd, std::size_t windows);
+    std::optional<GestureStartTiming> timeGestureStart(const WindowCrowd& crowd,
+                                                       std::string* problem);
+    bool lowerBelow(const WindowCrowd& crowd);
+    AutoRaiseDelayRun measureAutoRaiseDelay();
+    std::optional<double> timeAutoRaise(StackingWatcher& stacking, test::WindowId from,
+                                        test::WindowId to, std::string* problem);
+    Clock::time_point crossOnto(const Rect& from, const Rect& to);
 
     std::optional<Hold> takeHold(Mover mover, Gesture gesture);
     void letGo(Mover mover, Gesture gesture, std::chrono::milliseconds still);
     void pressFor(Mover mover, Gesture gesture);
     bool placeHome();
+    Rect homeClearance() const;
     std::pair<int, int> grabPoint(Gesture gesture) const;
     static std::int64_t frameKey(Gesture gesture, const FrameReport& report);
 

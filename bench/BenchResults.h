@@ -45,6 +45,32 @@ struct IdleRun {
     ProcessUsage glimmerfold;
 };
 
+// Keys pressed to a move gesture begun, over the window under the pointer with
+// `windows` client windows open (that one included). Each figure is a
+// distribution over the trials, in ms from the moment the last key was sent.
+struct GestureStartRun {
+    std::size_t windows = 0;
+    std::size_t trials = 0;
+    // By when the gesture had read the pointer position it measures from.
+    Distribution pointerReadMs;
+    // By when it had read the pointer to move the window for the first time:
+    // the gesture has begun and follows the hand.
+    Distribution followingMs;
+    // When the frame reported its first new position.
+    Distribution frameMovedMs;
+    std::string problem;  // why the run produced no numbers; empty when it did
+};
+
+// Auto raise: from the last motion of a crossing onto another window until the
+// server reports that window above the one the pointer came from, minus the
+// configured delay.
+struct AutoRaiseDelayRun {
+    double delayMs = 0;
+    std::size_t crossings = 0;
+    Distribution lateMs;
+    std::string problem;
+};
+
 struct MemoryResult {
     double startupKiB = 0;
     double afterWarmUpKiB = 0;  // after the first tenth of the gestures
@@ -60,6 +86,8 @@ struct BenchResults {
     std::vector<double> startupMs;
     std::vector<LatencyRun> latencyRuns;
     std::vector<IdleRun> idleRuns;
+    std::vector<GestureStartRun> gestureStarts;
+    std::vector<AutoRaiseDelayRun> autoRaiseDelays;
     MemoryResult memory;
     std::vector<std::string> problems;
 };

@@ -25,7 +25,8 @@ std::string settingsText(const GlimmerfoldSettings& settings) {
          // Snapping would move the window off the pointer's path near other
          // edges, and the latency is measured by finding that path's positions.
          << "magneticsEnabled=false\n"
-         << "autoRaiseEnabled=" << (settings.autoRaise ? "true" : "false") << "\n";
+         << "autoRaiseEnabled=" << (settings.autoRaise ? "true" : "false") << "\n"
+         << "autoRaiseDelay=" << settings.autoRaiseDelaySeconds << "\n";
     return text.str();
 }
 

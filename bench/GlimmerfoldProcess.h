@@ -14,6 +14,7 @@ class BenchDesktop;
 
 struct GlimmerfoldSettings {
     bool autoRaise = false;
+    double autoRaiseDelaySeconds = 0.1;
 };
 
 // The real program on the bench desktop, set up as a user who finished the

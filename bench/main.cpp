@@ -29,7 +29,7 @@ void printUsage() {
     std::cerr << "usage: glimmerfold_bench [--smoke] [--output DIR] [--glimmerfold PATH]\n"
                  "                         [--only PARTS] [--rates HZ,...] [--seconds S]\n"
                  "  --smoke    a few seconds of each part, to prove that the bench still works\n"
-                 "  --only     some of idle,memory,latency,autoraise (start-up always runs)\n"
+                 "  --only     some of idle,memory,latency,start,autoraise (start-up always runs)\n"
                  "  --rates    input rates of the latency runs (default 250,500,1000)\n"
                  "  --seconds  length of each latency run (default 3)\n"
                  "  --raw      every motion's latency in results.json\n";
@@ -45,7 +45,8 @@ std::vector<std::string> commaList(const std::string& text) {
 }
 
 bool selectParts(const std::string& list, gf::bench::BenchPlan& plan) {
-    plan.withIdle = plan.withMemory = plan.withLatency = plan.withAutoRaise = false;
+    plan.withIdle = plan.withMemory = plan.withLatency = plan.withGestureStart =
+        plan.withAutoRaise = false;
     for (const std::string& part : commaList(list)) {
         if (part == "idle") {
             plan.withIdle = true;
@@ -53,6 +54,8 @@ bool selectParts(const std::string& list, gf::bench::BenchPlan& plan) {
             plan.withMemory = true;
         } else if (part == "latency") {
             plan.withLatency = true;
+        } else if (part == "start") {
+            plan.withGestureStart = true;
         } else if (part == "autoraise") {
             plan.withAutoRaise = true;
         } else {
@@ -145,10 +148,15 @@ bool smokeRunWorked(const gf::bench::BenchResults& results) {
         glimmerfoldMeasured = glimmerfoldMeasured || (measured && run.mover == "Glimmerfold");
         openboxMeasured = openboxMeasured || (measured && run.mover == "openbox");
     }
+    const bool gestureStartMeasured =
+        !results.gestureStarts.empty() && results.gestureStarts.front().trials > 0;
+    const bool autoRaiseMeasured =
+        !results.autoRaiseDelays.empty() && results.autoRaiseDelays.front().crossings > 0;
     const auto& memory = results.memory;
     return !results.startupMs.empty() && glimmerfoldMeasured && openboxMeasured &&
-           memory.startupKiB > 0 && memory.gesturesTaken * 10 >= memory.gesturesTried * 9 &&
-           !results.idleRuns.empty() && results.problems.empty();
+           gestureStartMeasured && autoRaiseMeasured && memory.startupKiB > 0 &&
+           memory.gesturesTaken * 10 >= memory.gesturesTried * 9 && !results.idleRuns.empty() &&
+           results.problems.empty();
 }
 
 }  // namespace
