@@ -184,7 +184,7 @@ bool X11WindowHandle::setPosition(Point topLeft) {
     {
         std::lock_guard lock(readMutex_);
         if (!configureWatch_.mayRequest(now)) {
-            heldBack_ = std::pair{frameTopLeft, size};
+            heldBack_ = frameTopLeft;
             return true;
         }
         heldBack_.reset();
@@ -206,7 +206,7 @@ bool X11WindowHandle::setPosition(Point topLeft) {
 }
 
 void X11WindowHandle::settle() {
-    std::optional<std::pair<Point, Size>> heldBack;
+    std::optional<Point> heldBack;
     {
         std::lock_guard lock(readMutex_);
         heldBack = std::exchange(heldBack_, std::nullopt);
@@ -214,10 +214,19 @@ void X11WindowHandle::settle() {
             configureWatch_.waitForAnswer();
         }
     }
-    if (heldBack && requestFrame(heldBack->first, heldBack->second)) {
+    if (!heldBack) {
+        return;
+    }
+    // The size goes along as it was asked last, which the held-back position must not undo.
+    std::optional<Size> size;
+    {
         std::lock_guard lock(mutex_);
-        requestedFramePosition_ = heldBack->first;
-        lastRequest_ = heldBack;
+        size = lastRequest_ ? std::optional(lastRequest_->second) : std::nullopt;
+    }
+    if (size && requestFrame(*heldBack, *size)) {
+        std::lock_guard lock(mutex_);
+        requestedFramePosition_ = heldBack;
+        lastRequest_ = {*heldBack, *size};
         connection_.flush();
     }
 }
@@ -227,8 +236,14 @@ bool X11WindowHandle::setSize(Size size) {
     if (!current) {
         return false;
     }
+    // A resize writes the corner it keeps in place right before the size: a corner held back
+    // goes with the size, in the same request.
     std::optional<Point> frameTopLeft;
     {
+        std::lock_guard lock(readMutex_);
+        frameTopLeft = std::exchange(heldBack_, std::nullopt);
+    }
+    if (!frameTopLeft) {
         std::lock_guard lock(mutex_);
         frameTopLeft = requestedFramePosition_;
     }
@@ -242,6 +257,7 @@ bool X11WindowHandle::setSize(Size size) {
             return false;
         }
         std::lock_guard lock(mutex_);
+        requestedFramePosition_ = *frameTopLeft;
         requestedClientSize_ = client;
         lastRequest_ = {*frameTopLeft, client};
     }

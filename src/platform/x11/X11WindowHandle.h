@@ -84,9 +84,8 @@ class X11WindowHandle final : public WindowHandle {
     std::optional<xcb_window_t> frameWindow_;
     // Holds a move's next write back until the window manager has carried out the last one.
     X11ConfigureWatch configureWatch_;
-    // The frame corner and client size of a move's write held back, sent by the next write or
-    // by settle().
-    std::optional<std::pair<Point, Size>> heldBack_;
+    // The frame corner of a write held back, sent by the next write or by settle().
+    std::optional<Point> heldBack_;
 };
 
 }  // namespace gf
