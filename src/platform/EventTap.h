@@ -3,10 +3,11 @@
 namespace gf {
 
 // An installed, observe-only input stream. It never grabs, swallows or edits
-// an event. Destroying the object removes the stream; no event is delivered
+// an event, except the cancel key while asked to capture it. Destroying the
+// object removes the stream, and any capture with it; no event is delivered
 // after the destructor returns.
 class EventTap {
-public:
+  public:
     virtual ~EventTap() = default;
 
     // Switches delivery on or off. Re-enabling after an interruption notice
@@ -18,6 +19,11 @@ public:
     // desktop costs no wake-ups. Modifier changes and interruption notices are
     // always delivered. Off when the tap is created.
     virtual void setPointerMotionWanted(bool wanted) = 0;
+
+    // While captured, each press of the cancel key (Escape), whatever modifiers are held with
+    // it, reaches this stream as a cancelKeyPressed event and no application sees it. Held only
+    // while enabled; off when the tap is created.
+    virtual void setCancelKeyCaptured(bool captured) = 0;
 };
 
 }  // namespace gf

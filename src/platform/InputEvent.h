@@ -11,6 +11,7 @@ namespace gf {
 enum class InputEventType : std::uint32_t {
     mouseMoved = 5,
     leftMouseDragged = 6,
+    cancelKeyPressed = 10,  // Escape, delivered only while the stream captures it
     flagsChanged = 12,
     tapDisabledByTimeout = 0xFFFFFFFEu,
     tapDisabledByUserInput = 0xFFFFFFFFu,

@@ -4,7 +4,9 @@
 #include <optional>
 
 #include "platform/Point.h"
+#include "platform/Rect.h"
 #include "platform/Size.h"
+#include "platform/WindowState.h"
 
 namespace gf {
 
@@ -35,6 +37,24 @@ class WindowHandle {
     virtual void settle() {}
     virtual bool raise() = 0;     // to the front, without taking focus
     virtual bool makeMain() = 0;  // the application's main (active) window
+
+    // Puts the window at a frame it is known to have had, in one request that is never held
+    // back: the last placement of a gesture, after which no further write comes to correct it.
+    virtual bool restoreFrame(Rect frame) {
+        return setPosition(frame.origin()) && setSize(frame.size());
+    }
+
+    // Maximized and fullscreen as the window manager keeps them; a window that vanished, or one
+    // without a window manager to keep them, reads as normal.
+    virtual WindowState state() { return {}; }
+    // Asks the window manager to maximize the window along the given axes and to let go of the
+    // others. Leaving the maximized state brings back the size it had before, once the window
+    // manager has carried the request out, which it does after this returns.
+    virtual bool setMaximized(bool horizontally, bool vertically) {
+        (void)horizontally;
+        (void)vertically;
+        return false;
+    }
 };
 
 }  // namespace gf

@@ -12,7 +12,7 @@ namespace {
 
 using AtomField = xcb_atom_t X11Atoms::*;
 
-constexpr std::array<std::pair<const char*, AtomField>, 34> kAtomNames{{
+constexpr std::array<std::pair<const char*, AtomField>, 37> kAtomNames{{
     {"WM_STATE", &X11Atoms::wmState},
     {"UTF8_STRING", &X11Atoms::utf8String},
     {"_NET_SUPPORTING_WM_CHECK", &X11Atoms::netSupportingWmCheck},
@@ -32,6 +32,9 @@ constexpr std::array<std::pair<const char*, AtomField>, 34> kAtomNames{{
     {"_NET_WM_STATE", &X11Atoms::netWmState},
     {"_NET_WM_STATE_ABOVE", &X11Atoms::netWmStateAbove},
     {"_NET_WM_STATE_SKIP_TASKBAR", &X11Atoms::netWmStateSkipTaskbar},
+    {"_NET_WM_STATE_FULLSCREEN", &X11Atoms::netWmStateFullscreen},
+    {"_NET_WM_STATE_MAXIMIZED_VERT", &X11Atoms::netWmStateMaximizedVert},
+    {"_NET_WM_STATE_MAXIMIZED_HORZ", &X11Atoms::netWmStateMaximizedHorz},
     {"_NET_WM_WINDOW_TYPE", &X11Atoms::netWmWindowType},
     {"_NET_WM_WINDOW_TYPE_DESKTOP", &X11Atoms::netWmWindowTypeDesktop},
     {"_NET_WM_WINDOW_TYPE_DOCK", &X11Atoms::netWmWindowTypeDock},

@@ -28,6 +28,9 @@ struct X11Atoms {
     xcb_atom_t netWmState = XCB_ATOM_NONE;
     xcb_atom_t netWmStateAbove = XCB_ATOM_NONE;
     xcb_atom_t netWmStateSkipTaskbar = XCB_ATOM_NONE;
+    xcb_atom_t netWmStateFullscreen = XCB_ATOM_NONE;
+    xcb_atom_t netWmStateMaximizedVert = XCB_ATOM_NONE;
+    xcb_atom_t netWmStateMaximizedHorz = XCB_ATOM_NONE;
     xcb_atom_t netWmWindowType = XCB_ATOM_NONE;
     xcb_atom_t netWmWindowTypeDesktop = XCB_ATOM_NONE;
     xcb_atom_t netWmWindowTypeDock = XCB_ATOM_NONE;

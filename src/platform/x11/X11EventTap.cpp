@@ -20,4 +20,8 @@ void X11EventTap::setPointerMotionWanted(bool wanted) {
     service_.setTapMotionWanted(id_, wanted);
 }
 
+void X11EventTap::setCancelKeyCaptured(bool captured) {
+    service_.setTapCancelKeyCaptured(id_, captured);
+}
+
 }  // namespace gf

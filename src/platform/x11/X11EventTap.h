@@ -17,6 +17,7 @@ class X11EventTap final : public EventTap {
     void setEnabled(bool enabled) override;
     bool isEnabled() const override;
     void setPointerMotionWanted(bool wanted) override;
+    void setCancelKeyCaptured(bool captured) override;
 
   private:
     X11InputService& service_;

@@ -23,6 +23,10 @@ constexpr std::uint16_t kInputMinimumMinor = 1;
 constexpr std::uint16_t kKeyboardEvents =
     XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_STATE_NOTIFY;
 
+constexpr xcb_keysym_t kEscapeKeysym = 0xff1b;
+// The eight modifier bits: Shift, Lock, Control and Mod1 to Mod5.
+constexpr std::uint16_t kModifierCombinations = 0x100;
+
 // One entry of an XISelectEvents request: the header and a one-word mask.
 struct InputEventMask {
     xcb_input_event_mask_t header;
@@ -181,6 +185,15 @@ void X11InputService::setTapMotionWanted(int id, bool wanted) {
     updateSelections(false);
 }
 
+void X11InputService::setTapCancelKeyCaptured(int id, bool captured) {
+    auto found = taps_.find(id);
+    if (found == taps_.end() || found->second->cancelKeyCaptured == captured) {
+        return;
+    }
+    found->second->cancelKeyCaptured = captured;
+    updateSelections(false);
+}
+
 void X11InputService::removeTap(int id) {
     if (taps_.erase(id) > 0) {
         updateSelections(false);
@@ -198,6 +211,9 @@ void X11InputService::updateSelections(bool force) {
                                            [](const auto& entry) { return entry.second->enabled; });
     const bool motionWanted = std::any_of(taps_.begin(), taps_.end(), [](const auto& entry) {
         return entry.second->enabled && entry.second->motionWanted;
+    });
+    const bool cancelKeyWanted = std::any_of(taps_.begin(), taps_.end(), [](const auto& entry) {
+        return entry.second->enabled && entry.second->cancelKeyCaptured;
     });
     // Monitors hear of modifier changes too: pressing the keys auto raise waits for counts as
     // much as crossing into a window.
@@ -218,6 +234,15 @@ void X11InputService::updateSelections(bool force) {
         selectInputEvents(motionWanted, anyTapEnabled);
         motionSelected_ = motionWanted;
         hierarchySelected_ = anyTapEnabled;
+        changed = true;
+    }
+    // Grabbed again when forced: a new keyboard may put Escape on another key.
+    if (cancelKeyGrabbed_ && (!cancelKeyWanted || force)) {
+        ungrabCancelKey();
+        changed = true;
+    }
+    if (cancelKeyWanted && !cancelKeyGrabbed_) {
+        grabCancelKey();
         changed = true;
     }
     if (!motionSelected_) {
@@ -254,6 +279,59 @@ void X11InputService::selectInputEvents(bool motion, bool hierarchy) {
                                &masks[0].header);
 }
 
+// With any modifiers at all, so that Escape pressed with the gesture's keys is taken whatever
+// else is held, Caps Lock and Num Lock included. Another client holding one of those
+// combinations makes the whole request fail; then each combination is taken on its own, all
+// but that client's.
+void X11InputService::grabCancelKey() {
+    xcb_connection_t* c = connection_.get();
+    cancelKeycodes_ = keycodesOf(kEscapeKeysym);
+    for (const xcb_keycode_t key : cancelKeycodes_) {
+        if (xcbSucceeded(c, xcb_grab_key_checked(c, 0, connection_.root(), XCB_MOD_MASK_ANY, key,
+                                                 XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC))) {
+            continue;
+        }
+        for (std::uint16_t modifiers = 0; modifiers < kModifierCombinations; ++modifiers) {
+            // Refusals arrive as errors, which the event pump drops.
+            xcb_grab_key(c, 0, connection_.root(), modifiers, key, XCB_GRAB_MODE_ASYNC,
+                         XCB_GRAB_MODE_ASYNC);
+        }
+    }
+    cancelKeyGrabbed_ = true;
+}
+
+void X11InputService::ungrabCancelKey() {
+    for (const xcb_keycode_t key : cancelKeycodes_) {
+        xcb_ungrab_key(connection_.get(), key, connection_.root(), XCB_MOD_MASK_ANY);
+    }
+    cancelKeycodes_.clear();
+    cancelKeyGrabbed_ = false;
+}
+
+std::vector<xcb_keycode_t> X11InputService::keycodesOf(xcb_keysym_t keysym) const {
+    xcb_connection_t* c = connection_.get();
+    const xcb_setup_t* setup = xcb_get_setup(c);
+    const int count = setup->max_keycode - setup->min_keycode + 1;
+    auto reply =
+        xcbReply(c, xcb_get_keyboard_mapping_reply,
+                 xcb_get_keyboard_mapping(c, setup->min_keycode, static_cast<std::uint8_t>(count)));
+    std::vector<xcb_keycode_t> keycodes;
+    if (!reply || reply->keysyms_per_keycode == 0) {
+        return keycodes;
+    }
+    const xcb_keysym_t* keysyms = xcb_get_keyboard_mapping_keysyms(reply.get());
+    const int length = xcb_get_keyboard_mapping_keysyms_length(reply.get());
+    for (int i = 0; i < length; ++i) {
+        const auto keycode =
+            static_cast<xcb_keycode_t>(setup->min_keycode + i / reply->keysyms_per_keycode);
+        if (keysyms[i] == keysym &&
+            std::find(keycodes.begin(), keycodes.end(), keycode) == keycodes.end()) {
+            keycodes.push_back(keycode);
+        }
+    }
+    return keycodes;
+}
+
 std::optional<X11InputService::PointerState> X11InputService::queryPointer(
     const XcbConnection& connection) {
     xcb_connection_t* c = connection.get();
@@ -272,6 +350,10 @@ void X11InputService::handleEvent(const xcb_generic_event_t& event) {
         return;
     }
     const std::uint8_t type = event.response_type & 0x7f;
+    if (type == XCB_KEY_PRESS) {
+        deliverCancelKey(reinterpret_cast<const xcb_key_press_event_t&>(event));
+        return;
+    }
     if (hasKeyboardExtension_ && type == keyboardEventBase_) {
         const auto& keyboardEvent = reinterpret_cast<const xcb_xkb_state_notify_event_t&>(event);
         if (keyboardEvent.xkbType == XCB_XKB_STATE_NOTIFY) {
@@ -370,6 +452,20 @@ void X11InputService::deliverFlagsChanged(std::uint8_t modifiers) {
     }
 }
 
+// Only the grabbed key reaches us. It keeps coming while held after the grab is let go (until
+// its release ends the grab the press began), and then no tap wants it any more.
+void X11InputService::deliverCancelKey(const xcb_key_press_event_t& press) {
+    if (std::find(cancelKeycodes_.begin(), cancelKeycodes_.end(), press.detail) ==
+        cancelKeycodes_.end()) {
+        return;
+    }
+    deliverPendingMotion();
+    const Point location{static_cast<double>(press.root_x), static_cast<double>(press.root_y)};
+    const DeliveringPointer delivering(*this, location);
+    deliverToTaps({InputEventType::cancelKeyPressed, flagsFromModifierState(press.state), location},
+                  false, true);
+}
+
 void X11InputService::interruptTaps() {
     std::vector<int> interrupted;
     for (auto& [id, tap] : taps_) {
@@ -394,12 +490,13 @@ void X11InputService::interruptTaps() {
     }
 }
 
-void X11InputService::deliverToTaps(const InputEvent& event, bool motion) {
+void X11InputService::deliverToTaps(const InputEvent& event, bool motion, bool cancelKey) {
     // Walks by id rather than by iterator: a callback may add or remove taps.
     for (auto it = taps_.begin(); it != taps_.end();) {
         const int id = it->first;
         const std::shared_ptr<Tap> tap = it->second;
-        if (tap->enabled && (!motion || tap->motionWanted)) {
+        if (tap->enabled && (!motion || tap->motionWanted) &&
+            (!cancelKey || tap->cancelKeyCaptured)) {
             tap->callback(event);
         }
         it = taps_.upper_bound(id);

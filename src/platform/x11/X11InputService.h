@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "platform/InputService.h"
 #include "platform/x11/X11CrossingWatch.h"
@@ -21,8 +22,9 @@ class XcbConnection;
 // grabs, so they keep arriving while another client grabs the keyboard or
 // pointer, and no other client loses an event. Pointer-moved monitors hear of
 // the pointer crossing from one top-level window to another, and of modifier
-// changes, never while a button is held or another client grabs the pointer. Main thread only,
-// except samplePointer(), which uses a connection of its own.
+// changes, never while a button is held or another client grabs the pointer. The one grab is
+// Escape's, on every modifier combination, held only while a tap asks to capture it. Main thread
+// only, except samplePointer(), which uses a connection of its own.
 class X11InputService final : public InputService, public X11EventListener {
   public:
     // The connection must be the one whose events are read by an X11EventPump
@@ -59,6 +61,7 @@ class X11InputService final : public InputService, public X11EventListener {
     void setTapEnabled(int id, bool enabled);
     bool isTapEnabled(int id) const;
     void setTapMotionWanted(int id, bool wanted);
+    void setTapCancelKeyCaptured(int id, bool captured);
     void removeTap(int id);
     void removeMonitor(int id);
 
@@ -67,6 +70,7 @@ class X11InputService final : public InputService, public X11EventListener {
         EventCallback callback;
         bool enabled = true;
         bool motionWanted = false;
+        bool cancelKeyCaptured = false;
     };
 
     struct PointerState {
@@ -95,6 +99,10 @@ class X11InputService final : public InputService, public X11EventListener {
     void updateSelections(bool force);
     void selectKeyboardEvents(bool wanted);
     void selectInputEvents(bool motion, bool hierarchy);
+    void grabCancelKey();
+    void ungrabCancelKey();
+    std::vector<xcb_keycode_t> keycodesOf(xcb_keysym_t keysym) const;
+    void deliverCancelKey(const xcb_key_press_event_t& press);
     static std::optional<PointerState> queryPointer(const XcbConnection& connection);
     std::optional<PointerState> queryPointer() const { return queryPointer(connection_); }
     void deliverPendingMotion();
@@ -102,7 +110,7 @@ class X11InputService final : public InputService, public X11EventListener {
     void deliverToMonitors(Point location, std::uint16_t state);
     void deliverFlagsChanged(std::uint8_t modifiers);
     void interruptTaps();
-    void deliverToTaps(const InputEvent& event, bool motion);
+    void deliverToTaps(const InputEvent& event, bool motion, bool cancelKey = false);
 
     const XcbConnection& connection_;
     const XcbConnection* samplingConnection_;
@@ -119,6 +127,8 @@ class X11InputService final : public InputService, public X11EventListener {
     bool keyboardSelected_ = false;
     bool motionSelected_ = false;
     bool hierarchySelected_ = false;
+    bool cancelKeyGrabbed_ = false;
+    std::vector<xcb_keycode_t> cancelKeycodes_;  // the keys grabbed
     bool motionPending_ = false;
     X11CrossingWatch crossings_;
     std::unique_ptr<X11MotionFollower> motionFollower_;

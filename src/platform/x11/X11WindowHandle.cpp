@@ -27,6 +27,9 @@ constexpr std::uint32_t kSizeHintsFields = 18;
 
 constexpr auto kReadAheadInterval = std::chrono::milliseconds(8);
 
+constexpr std::uint32_t kNetWmStateRemove = 0;
+constexpr std::uint32_t kNetWmStateAdd = 1;
+
 std::int32_t toPixels(double value) {
     return static_cast<std::int32_t>(std::lround(value));
 }
@@ -229,6 +232,84 @@ void X11WindowHandle::settle() {
         lastRequest_ = {*heldBack, *size};
         connection_.flush();
     }
+}
+
+// Sent even while the window manager is still busy with an earlier request, and even when it
+// repeats the last one: it comes after them all, and nothing follows to correct it.
+bool X11WindowHandle::restoreFrame(Rect frame) {
+    const std::optional<X11FrameGeometry> current = placementForWrite();
+    if (!current) {
+        return false;
+    }
+    const Point frameTopLeft =
+        current->decoratedCornerFor({std::round(frame.x), std::round(frame.y)});
+    const Size client = current->clientSizeFor({std::round(frame.width), std::round(frame.height)});
+    if (!requestFrame(frameTopLeft, client)) {
+        return false;
+    }
+    {
+        std::lock_guard lock(readMutex_);
+        configureWatch_.noteRequest(X11ConfigureWatch::Clock::now());
+        heldBack_.reset();  // superseded
+    }
+    {
+        std::lock_guard lock(mutex_);
+        requestedFramePosition_ = frameTopLeft;
+        requestedClientSize_ = client;
+        lastRequest_ = {frameTopLeft, client};
+    }
+    connection_.flush();
+    return true;
+}
+
+// Without a window manager the state is only what the client wished for, and nothing stands in
+// the way of moving the window.
+WindowState X11WindowHandle::state() {
+    if (!managedByEwmh_) {
+        return {};
+    }
+    return reader_.windowState(client_);
+}
+
+bool X11WindowHandle::setMaximized(bool horizontally, bool vertically) {
+    if (!managedByEwmh_) {
+        return false;
+    }
+    const X11Atoms& atoms = connection_.atoms();
+    std::vector<std::uint32_t> added;
+    std::vector<std::uint32_t> removed;
+    (horizontally ? added : removed).push_back(atoms.netWmStateMaximizedHorz);
+    (vertically ? added : removed).push_back(atoms.netWmStateMaximizedVert);
+    forgetPlacement();
+    bool sent = true;
+    for (const auto& [action, properties] :
+         {std::pair{kNetWmStateRemove, removed}, std::pair{kNetWmStateAdd, added}}) {
+        if (properties.empty()) {
+            continue;
+        }
+        sent = connection_.sendToWindowManager(
+                   client_, atoms.netWmState,
+                   {action, properties[0], properties.size() > 1 ? properties[1] : 0u,
+                    kSourceIndicationTool, 0}) &&
+               sent;
+    }
+    return sent;
+}
+
+void X11WindowHandle::forgetPlacement() {
+    {
+        std::lock_guard lock(readMutex_);
+        if (pendingRead_) {
+            reader_.discardFrameGeometry(*pendingRead_);
+            pendingRead_.reset();
+        }
+        knownPlacement_.reset();
+        heldBack_.reset();
+    }
+    std::lock_guard lock(mutex_);
+    requestedFramePosition_.reset();
+    requestedClientSize_.reset();
+    lastRequest_.reset();
 }
 
 bool X11WindowHandle::setSize(Size size) {

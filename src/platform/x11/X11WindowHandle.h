@@ -40,6 +40,9 @@ class X11WindowHandle final : public WindowHandle {
     void settle() override;
     bool raise() override;
     bool makeMain() override;
+    bool restoreFrame(Rect frame) override;
+    WindowState state() override;
+    bool setMaximized(bool horizontally, bool vertically) override;
 
   private:
     bool requestFrame(Point frameTopLeft, Size clientSize);
@@ -59,6 +62,9 @@ class X11WindowHandle final : public WindowHandle {
     std::optional<X11FrameGeometry> placementForWrite();
     // Asks for the placement the next write will use, and sends what is queued.
     void readAheadAndFlush();
+    // Forgets the placement read and the requests made, for a window the window manager is
+    // about to give another frame: the next write reads afresh.
+    void forgetPlacement();
 
     const XcbConnection& connection_;
     const X11WindowReader& reader_;

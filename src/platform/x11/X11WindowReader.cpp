@@ -624,6 +624,17 @@ bool X11WindowReader::exists(xcb_window_t window) const {
            nullptr;
 }
 
+WindowState X11WindowReader::windowState(xcb_window_t client) const {
+    const X11Atoms& atoms = connection_.atoms();
+    WindowState state;
+    for (const xcb_atom_t atom : atomsOf(client, atoms.netWmState)) {
+        state.maximizedHorizontally |= atom == atoms.netWmStateMaximizedHorz;
+        state.maximizedVertically |= atom == atoms.netWmStateMaximizedVert;
+        state.fullscreen |= atom == atoms.netWmStateFullscreen;
+    }
+    return state;
+}
+
 std::optional<xcb_window_t> X11WindowReader::frameWindowOf(xcb_window_t client) const {
     xcb_connection_t* c = connection_.get();
     xcb_window_t window = client;

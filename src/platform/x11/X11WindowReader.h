@@ -13,6 +13,7 @@
 #include "platform/Point.h"
 #include "platform/Rect.h"
 #include "platform/WindowDescription.h"
+#include "platform/WindowState.h"
 #include "platform/x11/X11FrameGeometry.h"
 
 namespace gf {
@@ -63,6 +64,8 @@ class X11WindowReader {
     std::optional<xcb_window_t> frameWindowOf(xcb_window_t client) const;
     // Whether the window still exists.
     bool exists(xcb_window_t window) const;
+    // Maximized and fullscreen from the client's _NET_WM_STATE; normal when it vanished.
+    WindowState windowState(xcb_window_t client) const;
 
     // A window's frame geometry, asked in one step and collected in another so
     // that the question can travel with others.

@@ -22,6 +22,9 @@ struct FakeDesktop::WindowTable {
     std::vector<Write> writes;
     std::vector<AttributeWrite> attributeWrites;
     std::uint64_t nextSequence = 1;
+    Rect maximizedFrame;  // the primary display's usable area
+    bool defersStateChanges = false;
+    std::vector<std::pair<std::uint32_t, WindowState>> pendingStates;
 
     Entry* find(std::uint32_t number) {
         auto it = std::ranges::find(windows, number, &Entry::number);
@@ -31,8 +34,36 @@ struct FakeDesktop::WindowTable {
         auto it = std::ranges::find(windows, number, &Entry::number);
         std::rotate(windows.begin(), it, it + 1);
     }
-    void record(std::uint32_t number, Write::Kind kind, Point point = {}, Size size = {}) {
-        writes.push_back({number, kind, point, size, nextSequence++});
+    void record(std::uint32_t number, Write::Kind kind, Point point = {}, Size size = {},
+                WindowState state = {}) {
+        writes.push_back({number, kind, point, size, state, nextSequence++});
+    }
+    // What a window manager does: each axis maximized keeps the frame it had along that axis to
+    // come back to, each axis let go gets it back.
+    void applyState(Entry& entry, WindowState wanted) {
+        WindowState& state = entry.window.state;
+        Rect& frame = entry.window.frame;
+        Rect& restored = entry.window.restoredFrame;
+        if (state.maximizedHorizontally != wanted.maximizedHorizontally) {
+            const Rect& to = wanted.maximizedHorizontally ? maximizedFrame : restored;
+            if (wanted.maximizedHorizontally) {
+                restored.x = frame.x;
+                restored.width = frame.width;
+            }
+            frame.x = to.x;
+            frame.width = to.width;
+        }
+        if (state.maximizedVertically != wanted.maximizedVertically) {
+            const Rect& to = wanted.maximizedVertically ? maximizedFrame : restored;
+            if (wanted.maximizedVertically) {
+                restored.y = frame.y;
+                restored.height = frame.height;
+            }
+            frame.y = to.y;
+            frame.height = to.height;
+        }
+        state.maximizedHorizontally = wanted.maximizedHorizontally;
+        state.maximizedVertically = wanted.maximizedVertically;
     }
 };
 
@@ -41,6 +72,7 @@ struct FakeDesktop::Tap {
     EventCallback callback;
     bool enabled = true;  // as a tap installed by the real backend, it delivers at once
     bool motionWanted = false;
+    bool cancelKeyCaptured = false;
 };
 
 struct FakeDesktop::Monitor {
@@ -77,8 +109,10 @@ class FakeWindowHandle final : public WindowHandle {
     }
     bool setPosition(Point topLeft) override {
         return with<bool>([&](Table& t, Table::Entry& e) {
-                   e.window.frame.x = topLeft.x;
-                   e.window.frame.y = topLeft.y;
+                   if (!e.window.state.isMaximized()) {
+                       e.window.frame.x = topLeft.x;
+                       e.window.frame.y = topLeft.y;
+                   }
                    t.record(number_, Kind::position, topLeft);
                    return true;
                })
@@ -89,9 +123,30 @@ class FakeWindowHandle final : public WindowHandle {
                    if (!e.window.sizeSettable) {
                        return false;
                    }
-                   e.window.frame.width = size.width;
-                   e.window.frame.height = size.height;
+                   if (!e.window.state.isMaximized()) {
+                       e.window.frame.width = size.width;
+                       e.window.frame.height = size.height;
+                   }
                    t.record(number_, Kind::size, {}, size);
+                   return true;
+               })
+            .value_or(false);
+    }
+    WindowState state() override {
+        return with<WindowState>([](Table&, Table::Entry& e) { return e.window.state; })
+            .value_or(WindowState{});
+    }
+    bool setMaximized(bool horizontally, bool vertically) override {
+        return with<bool>([&](Table& t, Table::Entry& e) {
+                   WindowState wanted = e.window.state;
+                   wanted.maximizedHorizontally = horizontally;
+                   wanted.maximizedVertically = vertically;
+                   t.record(number_, Kind::maximized, {}, {}, wanted);
+                   if (t.defersStateChanges) {
+                       t.pendingStates.emplace_back(number_, wanted);
+                   } else {
+                       t.applyState(e, wanted);
+                   }
                    return true;
                })
             .value_or(false);
@@ -136,6 +191,7 @@ class FakeEventTap final : public EventTap {
     void setEnabled(bool enabled) override { tap_->enabled = enabled; }
     bool isEnabled() const override { return tap_->enabled; }
     void setPointerMotionWanted(bool wanted) override { tap_->motionWanted = wanted; }
+    void setCancelKeyCaptured(bool captured) override { tap_->cancelKeyCaptured = captured; }
 
   private:
     std::unique_ptr<FakeDesktop::Tap> tap_;
@@ -171,8 +227,22 @@ class FakeSerialQueue final : public SerialQueue {
 
 }  // namespace
 
-FakeDesktop::FakeDesktop() : table_(std::make_shared<WindowTable>()) {}
+FakeDesktop::FakeDesktop() : table_(std::make_shared<WindowTable>()) {
+    setDisplays(displays_);
+}
 FakeDesktop::~FakeDesktop() = default;
+
+void FakeDesktop::setDisplays(std::vector<DisplayInfo> displays) {
+    displays_ = std::move(displays);
+    std::lock_guard lock(table_->mutex);
+    table_->maximizedFrame = {};
+    if (!displays_.empty()) {
+        const Rect& usable = displays_.front().visibleFrame;
+        const double primaryHeight = displays_.front().frame.height;
+        table_->maximizedFrame = {usable.x, primaryHeight - usable.y - usable.height, usable.width,
+                                  usable.height};
+    }
+}
 
 std::uint32_t FakeDesktop::addWindow(const Window& window) {
     auto& application = applications_[window.pid];
@@ -190,6 +260,32 @@ std::uint32_t FakeDesktop::addWindow(const Window& window) {
 Rect FakeDesktop::frameOf(std::uint32_t number) const {
     std::lock_guard lock(table_->mutex);
     return table_->find(number)->window.frame;
+}
+
+WindowState FakeDesktop::stateOf(std::uint32_t number) const {
+    std::lock_guard lock(table_->mutex);
+    return table_->find(number)->window.state;
+}
+
+void FakeDesktop::removeWindow(std::uint32_t number) {
+    std::lock_guard lock(table_->mutex);
+    std::erase_if(table_->windows,
+                  [number](const WindowTable::Entry& entry) { return entry.number == number; });
+}
+
+void FakeDesktop::setStateChangesDeferred(bool deferred) {
+    std::lock_guard lock(table_->mutex);
+    table_->defersStateChanges = deferred;
+}
+
+void FakeDesktop::carryOutStateChanges() {
+    std::lock_guard lock(table_->mutex);
+    for (const auto& [number, wanted] : table_->pendingStates) {
+        if (WindowTable::Entry* entry = table_->find(number)) {
+            table_->applyState(*entry, wanted);
+        }
+    }
+    table_->pendingStates.clear();
 }
 
 void FakeDesktop::setGeometryReadable(std::uint32_t number, bool position, bool size) {
@@ -282,6 +378,19 @@ void FakeDesktop::pressModifiers(std::uint64_t flags) {
     deliverToTaps({InputEventType::flagsChanged, flags, pointer()}, false);
 }
 
+void FakeDesktop::pressCancelKey() {
+    Tap* tap = liveTap();
+    if (tap && tap->enabled && tap->cancelKeyCaptured) {
+        tap->callback({InputEventType::cancelKeyPressed, flags_, pointer()});
+    } else {
+        ++cancelKeysSeenByApplications;
+    }
+}
+
+bool FakeDesktop::isCancelKeyCaptured() const {
+    return liveTap() && liveTap()->enabled && liveTap()->cancelKeyCaptured;
+}
+
 void FakeDesktop::deliverPointer(Point p, std::optional<std::uint64_t> flags, InputEventType type) {
     {
         std::lock_guard lock(pointerMutex_);
@@ -332,7 +441,7 @@ std::unique_ptr<EventTap> FakeDesktop::createEventTap(EventCallback callback) {
         return nullptr;
     }
     ++tapsCreated;
-    auto tap = std::make_unique<Tap>(Tap{taps_, std::move(callback), true, false});
+    auto tap = std::make_unique<Tap>(Tap{taps_, std::move(callback), true, false, false});
     taps_.push_back(tap.get());
     return std::make_unique<FakeEventTap>(std::move(tap));
 }

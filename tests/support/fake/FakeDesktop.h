@@ -44,6 +44,8 @@ class FakeDesktop final : public InputService,
         bool hasHandle = true;    // listed among its process's manipulable windows
         bool numberKnown = true;  // its handle can tell its window number
         bool boundsKnown = true;  // the window server reports its bounds
+        WindowState state;
+        Rect restoredFrame;  // the frame before it was maximized, for the axes it is maximized on
 
         static Window at(Rect frame, std::int32_t pid = 1000) {
             Window w;
@@ -57,6 +59,16 @@ class FakeDesktop final : public InputService,
         Window& withoutHandle() { return set(&Window::hasHandle, false); }
         Window& withUnknownNumber() { return set(&Window::numberKnown, false); }
         Window& withUnknownBounds() { return set(&Window::boundsKnown, false); }
+        // Maximized from the restored frame to the frame given to at().
+        Window& withMaximized(Rect restored, bool horizontally = true, bool vertically = true) {
+            state.maximizedHorizontally = horizontally;
+            state.maximizedVertically = vertically;
+            return set(&Window::restoredFrame, restored);
+        }
+        Window& withFullscreen() {
+            state.fullscreen = true;
+            return *this;
+        }
 
       private:
         template <typename T, typename V>
@@ -68,11 +80,12 @@ class FakeDesktop final : public InputService,
 
     // One request made to a window or an application attribute. `sequence` orders both kinds.
     struct Write {
-        enum class Kind { position, size, raise, makeMain };
+        enum class Kind { position, size, raise, makeMain, maximized };
         std::uint32_t window = 0;
         Kind kind = Kind::position;
-        Point point;  // for position
-        Size size;    // for size
+        Point point;        // for position
+        Size size;          // for size
+        WindowState state;  // for maximized: the axes asked for
         std::uint64_t sequence = 0;
     };
     struct AttributeWrite {
@@ -99,11 +112,18 @@ class FakeDesktop final : public InputService,
     std::size_t scheduledCount() { return timeline_.scheduledCount(); }
 
     // Displays, primary first; by default one 1440 x 900 display whose top 25 points are a panel.
-    void setDisplays(std::vector<DisplayInfo> displays) { displays_ = std::move(displays); }
+    void setDisplays(std::vector<DisplayInfo> displays);
 
     // Windows, front to back; a new window goes in front; numbers start at 100.
     std::uint32_t addWindow(const Window& window);
     Rect frameOf(std::uint32_t number) const;
+    WindowState stateOf(std::uint32_t number) const;
+    void removeWindow(std::uint32_t number);
+    // As a window manager, maximizes to the primary display's usable area and gives back the
+    // restored frame when the state is left. Refuses to move or resize a maximized window.
+    // Deferred, a request to change the state is carried out only when the test says so.
+    void setStateChangesDeferred(bool deferred);
+    void carryOutStateChanges();
     void setGeometryReadable(std::uint32_t number, bool position, bool size);
     std::vector<std::uint32_t> stackingOrder() const;
     std::vector<Write> writes() const;
@@ -127,6 +147,10 @@ class FakeDesktop final : public InputService,
     bool isEventTapEnabled() const;
     bool isPointerMotionWanted() const;
     void pressModifiers(std::uint64_t flags);
+    // Escape: to the tap that captures it, else to the focused application.
+    void pressCancelKey();
+    bool isCancelKeyCaptured() const;
+    int cancelKeysSeenByApplications = 0;
     void holdModifiersSilently(std::uint64_t flags) { flags_ = flags; }
     void movePointer(Point p, std::optional<std::uint64_t> flags = std::nullopt);
     void dragPointer(Point p, std::optional<std::uint64_t> flags = std::nullopt);

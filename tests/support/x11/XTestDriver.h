@@ -6,12 +6,14 @@ struct xcb_connection_t;
 
 namespace gf::test {
 
-// Keysyms of the modifier keys the tests press.
+// Keysyms of the keys the tests press.
 namespace Keysym {
 inline constexpr std::uint32_t shiftL = 0xffe1;
 inline constexpr std::uint32_t controlL = 0xffe3;
 inline constexpr std::uint32_t altL = 0xffe9;
 inline constexpr std::uint32_t superL = 0xffeb;
+inline constexpr std::uint32_t capsLock = 0xffe5;
+inline constexpr std::uint32_t escape = 0xff1b;
 }  // namespace Keysym
 
 // Plays keyboard and pointer input into the X server through XTest, as if
@@ -31,8 +33,10 @@ class XTestDriver {
     // A round trip: everything sent before has been processed by the server.
     void sync();
 
-  private:
+    // The key that types the keysym; throws when no key does.
     std::uint8_t keycodeOf(std::uint32_t keysym);
+
+  private:
     void fakeInput(std::uint8_t type, std::uint8_t detail, int x, int y);
 
     xcb_connection_t* connection_;
