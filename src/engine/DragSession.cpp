@@ -14,6 +14,9 @@ using namespace std::chrono_literals;
 
 constexpr auto tickPeriod = 8ms;
 constexpr auto tickLeeway = 1ms;
+// A window manager may clear the maximized state before it gives the window its earlier size.
+// A frame still as large after these ticks had that size before, too.
+constexpr int unmaximizeSettleTicks = 12;
 
 // The bound wins unless the candidate is strictly smaller.
 double atMost(double candidate, double bound) {
@@ -47,12 +50,20 @@ void DragSession::beginMove(std::shared_ptr<WindowHandle> window, std::int32_t p
     if (!position) {
         return;
     }
+    const WindowState state = window->state();
+    if (state.fullscreen) {
+        return;
+    }
+    const auto size = window->size();
     stopUpdateTimer();
     auto gesture = std::make_shared<Gesture>();
     gesture->isResize = false;
     gesture->initialMousePosition = mouse;
     gesture->initialWindowPosition = *position;
-    gesture->cachedWindowSize = window->size().value_or(Size{});
+    gesture->cachedWindowSize = size.value_or(Size{});
+    gesture->initialWindowFrame = Rect::fromOriginAndSize(*position, gesture->cachedWindowSize);
+    gesture->initialSizeKnown = size.has_value();
+    gesture->initialState = state;
     gesture->window = std::move(window);
     gesture->pid = pid;
     gesture->bringToFront = settings_.bringToFrontOnManipulate();
@@ -80,11 +91,16 @@ void DragSession::beginResize(std::shared_ptr<WindowHandle> window, std::int32_t
     if (!window->isSizeSettable().value_or(false)) {
         return;
     }
+    const WindowState state = window->state();
+    if (state.fullscreen) {
+        return;
+    }
     stopUpdateTimer();
     auto gesture = std::make_shared<Gesture>();
     gesture->isResize = true;
     gesture->initialMousePosition = mouse;
     gesture->initialWindowFrame = Rect::fromOriginAndSize(*position, *size);
+    gesture->initialState = state;
     gesture->window = std::move(window);
     gesture->pid = pid;
     gesture->bringToFront = settings_.bringToFrontOnManipulate();
@@ -101,12 +117,7 @@ void DragSession::beginResize(std::shared_ptr<WindowHandle> window, std::int32_t
 
 void DragSession::end() {
     stopUpdateTimer();
-    std::shared_ptr<const Gesture> ended;
-    {
-        std::lock_guard lock(gestureMutex_);
-        ended = std::move(gesture_);
-        gesture_.reset();
-    }
+    const std::shared_ptr<const Gesture> ended = takeGesture();
     const std::int32_t pid = ended ? ended->pid : 0;
     std::shared_ptr<WindowHandle> window = ended ? ended->window : nullptr;
     // Queued behind the last tick, so the attribute comes back only after the
@@ -119,6 +130,28 @@ void DragSession::end() {
     });
     isDragging_ = false;
     isResizing_ = false;
+}
+
+void DragSession::cancel() {
+    stopUpdateTimer();
+    const std::shared_ptr<const Gesture> cancelled = takeGesture();
+    isDragging_ = false;
+    isResizing_ = false;
+    if (!cancelled) {
+        return;
+    }
+    // Behind the last tick, so nothing the gesture wrote comes after the frame put back.
+    axQueue_->async([this, cancelled] {
+        putBack(*cancelled);
+        cleanUpAfterGesture(cancelled->pid);
+    });
+}
+
+std::shared_ptr<const DragSession::Gesture> DragSession::takeGesture() {
+    std::lock_guard lock(gestureMutex_);
+    std::shared_ptr<const Gesture> taken = std::move(gesture_);
+    gesture_.reset();
+    return taken;
 }
 
 void DragSession::start(std::shared_ptr<Gesture> gesture, Point mouse) {
@@ -190,20 +223,100 @@ void DragSession::applyLatestMouse(std::optional<std::uint64_t> onlyForGesture) 
         setupAppliedToGesture_ = gesture->number;
         applyFirstMovementSetup(*gesture);
     }
+    if (!hasLeftMaximizedState(*gesture)) {
+        return;
+    }
     WindowHandle& window = *gesture->window;
     if (!gesture->isResize) {
-        Point origin{gesture->initialWindowPosition.x + dx, gesture->initialWindowPosition.y + dy};
+        const bool restored = unmaximizing_.gesture == gesture->number;
+        const Point start =
+            restored ? unmaximizing_.move.windowPosition : gesture->initialWindowPosition;
+        const Size size = restored ? unmaximizing_.move.windowSize : gesture->cachedWindowSize;
+        Point origin{start.x + dx, start.y + dy};
         if (gesture->cachedSnapEdges) {
-            origin =
-                MagneticsEngine::snap(origin, gesture->cachedWindowSize, *gesture->cachedSnapEdges);
+            origin = MagneticsEngine::snap(origin, size, *gesture->cachedSnapEdges);
         }
-        window.setPosition(origin);
+        noteWrite(*gesture, window.setPosition(origin));
         return;
     }
     const Rect frame =
         resizedFrame(gesture->corner, gesture->initialWindowFrame, dx, dy, gesture->screenBounds);
-    window.setPosition(frame.origin());
-    window.setSize(frame.size());
+    const bool placed = window.setPosition(frame.origin());
+    const bool sized = window.setSize(frame.size());
+    noteWrite(*gesture, placed && sized);
+}
+
+// The window manager neither moves nor resizes a maximized window, so the first movement asks
+// it to give the window its earlier size, and the gesture waits for that on its next ticks
+// rather than keeping anyone waiting. Until then nothing is written.
+bool DragSession::hasLeftMaximizedState(const Gesture& gesture) {
+    if (!gesture.initialState.isMaximized()) {
+        return true;
+    }
+    WindowHandle& window = *gesture.window;
+    if (unmaximizing_.gesture != gesture.number) {
+        unmaximizing_ = Unmaximizing{};
+        unmaximizing_.gesture = gesture.number;
+        window.setMaximized(false, false);
+        return false;
+    }
+    if (unmaximizing_.done) {
+        return true;
+    }
+    if (window.state().isMaximized()) {
+        return false;
+    }
+    const auto position = window.position();
+    const auto size = window.size();
+    if (!position || !size) {
+        noteWrite(gesture, false);
+        return false;
+    }
+    const Rect frame = Rect::fromOriginAndSize(*position, *size);
+    const Rect& maximized = gesture.initialWindowFrame;
+    if (frame == maximized && ++unmaximizing_.ticksWaited < unmaximizeSettleTicks) {
+        return false;
+    }
+    unmaximizing_.done = true;
+    unmaximizing_.restoredFrame = frame;
+    // The spot the pointer held in the maximized frame, as a fraction of its size, is the spot
+    // it holds in the restored one.
+    const Point& mouse = gesture.initialMousePosition;
+    const double fx = maximized.width > 0 ? (mouse.x - maximized.x) / maximized.width : 0;
+    const double fy = maximized.height > 0 ? (mouse.y - maximized.y) / maximized.height : 0;
+    unmaximizing_.move = {
+        {std::round(mouse.x - fx * frame.width), std::round(mouse.y - fy * frame.height)},
+        frame.size()};
+    return true;
+}
+
+// Nothing to put back when the gesture never wrote. A window that left the maximized state
+// for the gesture gets its restored frame back first, so that the window manager remembers
+// that one as the size to come back to, and is then maximized again.
+void DragSession::putBack(const Gesture& gesture) {
+    if (setupAppliedToGesture_ != gesture.number) {
+        return;
+    }
+    WindowHandle& window = *gesture.window;
+    if (gesture.initialState.isMaximized()) {
+        if (unmaximizing_.gesture == gesture.number && unmaximizing_.done) {
+            window.restoreFrame(unmaximizing_.restoredFrame);
+        }
+        window.setMaximized(gesture.initialState.maximizedHorizontally,
+                            gesture.initialState.maximizedVertically);
+        return;
+    }
+    if (gesture.initialSizeKnown) {
+        window.restoreFrame(gesture.initialWindowFrame);
+    } else {
+        window.setPosition(gesture.initialWindowPosition);
+    }
+}
+
+void DragSession::noteWrite(const Gesture& gesture, bool succeeded) {
+    if (!succeeded) {
+        windowLostInGesture_ = gesture.number;
+    }
 }
 
 // The position this tick applies to the gesture's window; nullopt when the

@@ -14,6 +14,7 @@
 #include "platform/Platform.h"
 #include "platform/Rect.h"
 #include "platform/WindowHandle.h"
+#include "platform/WindowState.h"
 
 namespace gf {
 
@@ -28,6 +29,11 @@ class Settings;
 // pointer moved, to follow the hand as closely as the window manager's own
 // drag; an 8 ms tick paces resizes (each size makes the client repaint) and
 // stands in for silent motion reports.
+//
+// A fullscreen window is never taken by a gesture. A maximized one first leaves
+// that state on the first movement: once the window manager has given it back
+// its earlier size, a move carries it on under the pointer and a resize goes on
+// from the frame it had. A cancelled gesture puts its window back as it began.
 class DragSession {
   public:
     static constexpr double minimumResizeDimension = 50.0;
@@ -42,14 +48,22 @@ class DragSession {
     DragSession& operator=(const DragSession&) = delete;
 
     // Each declines, leaving the session as it was, when the window's geometry
-    // cannot be read (or, for a resize, its size cannot be set).
+    // cannot be read (or, for a resize, its size cannot be set), or when the
+    // window is fullscreen.
     void beginMove(std::shared_ptr<WindowHandle> window, std::int32_t pid, Point mouse);
     void beginResize(std::shared_ptr<WindowHandle> window, std::int32_t pid, Point mouse);
     // Ends whatever gesture is in progress; harmless when idle.
     void end();
+    // Ends the gesture in progress and puts its window back where and as large as it was when
+    // the gesture began, maximized again if it was. Harmless when idle.
+    void cancel();
 
     bool isDragging() const { return isDragging_; }
     bool isResizing() const { return isResizing_; }
+    // Whether a write of the gesture in progress found its window gone.
+    bool hasLostWindow() const {
+        return (isDragging_ || isResizing_) && windowLostInGesture_.load() == gesturesBegun_;
+    }
     // Whether the gesture in progress reads the pointer on its ticks, so that
     // pointer-moved events are not needed for it.
     bool samplesPointer() const { return (isDragging_ || isResizing_) && samplesPointer_; }
@@ -88,19 +102,42 @@ class DragSession {
         Point initialWindowPosition;
         Size cachedWindowSize;
         std::optional<SnapEdges> cachedSnapEdges;
+        // For a move too: the frame a cancel puts back. Its size is unknown when it could not
+        // be read; only the position then goes back.
         Rect initialWindowFrame;
+        bool initialSizeKnown = true;
+        WindowState initialState;
         ResizeCorner corner = ResizeCorner::bottomRight;
         Rect screenBounds;
         bool bringToFront = false;
         bool samplesPointer = false;
     };
 
+    // Where a move puts the window's corner after leaving the maximized state, and the size
+    // it snaps with: the restored frame keeps the pointer on the same relative spot.
+    struct RestoredMove {
+        Point windowPosition;
+        Size windowSize;
+    };
+    // How far the gesture on a maximized window has come in leaving that state.
+    struct Unmaximizing {
+        std::uint64_t gesture = 0;  // none while 0
+        bool done = false;
+        int ticksWaited = 0;
+        Rect restoredFrame;  // where the window manager put the window back
+        RestoredMove move;
+    };
+
     void start(std::shared_ptr<Gesture> gesture, Point mouse);
+    std::shared_ptr<const Gesture> takeGesture();
     void stopUpdateTimer();
     void tickSoon(std::uint64_t gestureNumber);
     void applyLatestMouse(std::optional<std::uint64_t> onlyForGesture = std::nullopt);
     std::optional<Point> pointerForTick(const std::shared_ptr<const Gesture>& gesture);
     void applyFirstMovementSetup(const Gesture& gesture);
+    bool hasLeftMaximizedState(const Gesture& gesture);
+    void putBack(const Gesture& gesture);
+    void noteWrite(const Gesture& gesture, bool succeeded);
     void cleanUpAfterGesture(std::int32_t pid);
     bool disableEnhancedUserInterface(std::int32_t pid);
 
@@ -119,6 +156,9 @@ class DragSession {
     // Only touched on the queue, by ticks and clean-ups.
     std::uint64_t setupAppliedToGesture_ = 0;
     bool restoreEnhancedUI_ = false;
+    Unmaximizing unmaximizing_;
+    // Written on the queue, read on the main thread.
+    std::atomic<std::uint64_t> windowLostInGesture_{0};
 
     // Only touched on the main thread.
     std::uint64_t gesturesBegun_ = 0;

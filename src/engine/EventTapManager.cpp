@@ -73,7 +73,9 @@ void EventTapManager::start() {
 void EventTapManager::stop() {
     healthCheckTimer_.reset();
     modifierWatchTimer_.reset();
+    gestureCancelled_ = false;
     if (eventTap_) {
+        eventTap_->setCancelKeyCaptured(false);
         eventTap_->setEnabled(false);
         eventTap_.reset();
     }
@@ -89,6 +91,12 @@ const InputEvent& EventTapManager::handleEvent(const InputEvent& event) {
     }
     if (event.type == InputEventType::flagsChanged) {
         dragSession_->noteModifiers(event.flags);
+    }
+    // Captured for the gesture in progress, so it is answered even while switched off: the
+    // key reached no one else.
+    if (event.type == InputEventType::cancelKeyPressed) {
+        cancelGesture();
+        return event;
     }
     if (!settings_.isEnabled()) {
         return event;
@@ -114,6 +122,13 @@ void EventTapManager::handleFlagsChanged(const InputEvent& event) {
     const bool resizeHeld = isCombinationHeld(settings_.resizeModifiers(), event.flags);
     const bool anyHeld = moveHeld || resizeHeld;
 
+    if (gestureCancelled_) {
+        if (!anyHeld) {
+            gestureCancelled_ = false;
+            modifierWatchTimer_.reset();
+        }
+        return;
+    }
     // A gesture never changes kind: while one is running, either combination keeps it going.
     if (isGestureInProgress()) {
         if (!anyHeld) {
@@ -168,10 +183,13 @@ void EventTapManager::beginGesture(bool resize) {
     } else {
         dragSession_->beginMove(located->windowHandle, located->pid, mouse);
     }
-    // Pointer motion wakes us up only while a gesture needs it, and not at
-    // all when the gesture's ticks read the pointer themselves.
-    if (isGestureInProgress() && !dragSession_->samplesPointer() && eventTap_) {
-        eventTap_->setPointerMotionWanted(true);
+    if (isGestureInProgress() && eventTap_) {
+        // Pointer motion wakes us up only while a gesture needs it, and not at
+        // all when the gesture's ticks read the pointer themselves.
+        if (!dragSession_->samplesPointer()) {
+            eventTap_->setPointerMotionWanted(true);
+        }
+        eventTap_->setCancelKeyCaptured(true);
     }
     startModifierWatchTimer();
 }
@@ -179,8 +197,24 @@ void EventTapManager::beginGesture(bool resize) {
 void EventTapManager::endGesture() {
     dragSession_->end();
     modifierWatchTimer_.reset();
+    releaseGestureInput();
+}
+
+// The watch goes on: it notices the keys let go when their release is missed.
+void EventTapManager::cancelGesture() {
+    if (!isGestureInProgress()) {
+        return;
+    }
+    dragSession_->cancel();
+    gestureCancelled_ = true;
+    releaseGestureInput();
+}
+
+// Escape must never stay captured past its gesture: the user would lose it everywhere.
+void EventTapManager::releaseGestureInput() {
     if (eventTap_) {
         eventTap_->setPointerMotionWanted(false);
+        eventTap_->setCancelKeyCaptured(false);
     }
 }
 
@@ -201,7 +235,7 @@ void EventTapManager::startModifierWatchTimer() {
 }
 
 void EventTapManager::checkModifiersStillHeld() {
-    if (!isGestureInProgress()) {
+    if (!isGestureInProgress() && !gestureCancelled_) {
         return;
     }
     const std::uint64_t flags = platform_.input.currentModifierFlags();
@@ -209,8 +243,18 @@ void EventTapManager::checkModifiersStillHeld() {
     const ModifierKeySet resize = settings_.resizeModifiers();
     const bool moveHeld = !move.isEmpty() && isHeld(move, flags);
     const bool resizeHeld = !resize.isEmpty() && isHeld(resize, flags);
+    if (gestureCancelled_) {
+        if (!moveHeld && !resizeHeld) {
+            gestureCancelled_ = false;
+            modifierWatchTimer_.reset();
+        }
+        return;
+    }
     if (!moveHeld && !resizeHeld) {
         endGesture();
+    } else if (dragSession_->hasLostWindow() && eventTap_) {
+        // Nothing is left to cancel, so Escape goes back to the applications.
+        eventTap_->setCancelKeyCaptured(false);
     }
 }
 

@@ -19,7 +19,9 @@ namespace gf {
 // The engine's entry point: observes modifier changes and pointer motion for
 // the whole desktop, starts a move or resize gesture on the window under the
 // pointer when a configured combination becomes held, and ends it when the
-// combination is let go. Lives on the main thread.
+// combination is let go. Escape during a gesture cancels it: the window goes
+// back as it was, and nothing more happens until the keys are let go. Escape
+// is captured only while a gesture runs. Lives on the main thread.
 class EventTapManager {
   public:
     static constexpr std::chrono::milliseconds healthCheckPeriod{5000};
@@ -55,6 +57,8 @@ class EventTapManager {
     bool isGestureInProgress() const;
     void beginGesture(bool resize);
     void endGesture();
+    void cancelGesture();
+    void releaseGestureInput();
     void startHealthCheckTimer();
     void checkTapHealth();
     void startModifierWatchTimer();
@@ -67,6 +71,8 @@ class EventTapManager {
     std::unique_ptr<EventTap> eventTap_;
     std::unique_ptr<Timer> healthCheckTimer_;
     std::unique_ptr<Timer> modifierWatchTimer_;
+    // A cancelled gesture's keys are still held: they start nothing until let go.
+    bool gestureCancelled_ = false;
     QMetaObject::Connection enabledChanged_;
 };
 

@@ -321,6 +321,130 @@ TEST_F(DragSessionTest, APointerSampledAcrossTheEndOfAGestureIsAppliedToNeither)
     EXPECT_EQ(desktop.frameOf(window).origin(), (Point{100, 100}));
 }
 
+TEST_F(DragSessionTest, ACancelPutsTheFrameBackBehindTheLastTickAndOnlyWhenItChangedIt) {
+    startResize({120, 120});
+    pointerTo({100, 90});
+    pointerTo({60, 80});
+    EXPECT_EQ(desktop.frameOf(window), (Rect{40, 60, 460, 340}));
+    session.cancel();
+    EXPECT_FALSE(session.isResizing());
+    desktop.runPendingQueueWork();
+    EXPECT_EQ(desktop.frameOf(window), (Rect{100, 100, 400, 300}));
+    session.setLatestMouse({0, 0});
+    desktop.advance(1s);
+    EXPECT_EQ(desktop.frameOf(window), (Rect{100, 100, 400, 300}));
+    EXPECT_EQ(desktop.scheduledCount(), 0u);
+
+    // Never moved: nothing to write. Its window gone: nothing to find.
+    desktop.clearWrites();
+    startMove({200, 200});
+    session.cancel();
+    desktop.runPendingQueueWork();
+    EXPECT_TRUE(desktop.writes().empty());
+    startMove({200, 200});
+    pointerTo({250, 250});
+    desktop.removeWindow(window);
+    session.cancel();
+    desktop.runPendingQueueWork();
+    EXPECT_EQ(desktop.frameOf(other), (Rect{900, 500, 300, 200}));
+}
+
+TEST_F(DragSessionTest, FullscreenWindowsAreNeitherMovedNorResizedNorRaised) {
+    const std::uint32_t video =
+        desktop.addWindow(Window::at({0, 0, 1440, 900}, pid).withFullscreen());
+    desktop.clearWrites();
+    startMove({700, 400}, video);
+    EXPECT_FALSE(session.isDragging());
+    startResize({700, 400}, video);
+    EXPECT_FALSE(session.isResizing());
+    pointerTo({800, 500});
+    EXPECT_TRUE(desktop.writes().empty());
+}
+
+// The fake window manager maximizes to the usable area (0, 25, 1440, 875).
+class MaximizedDragSessionTest : public DragSessionTest {
+  protected:
+    std::uint32_t maximized(Rect restored, bool horizontally = true, bool vertically = true) {
+        const Rect frame{horizontally ? 0 : restored.x, vertically ? 25 : restored.y,
+                         horizontally ? 1440 : restored.width, vertically ? 875 : restored.height};
+        return desktop.addWindow(
+            Window::at(frame, pid).withMaximized(restored, horizontally, vertically));
+    }
+    std::vector<Kind> positionAndSizeWrites() const {
+        std::vector<Kind> kinds;
+        for (const Kind kind : kindsOf(desktop.writes())) {
+            if (kind == Kind::position || kind == Kind::size) {
+                kinds.push_back(kind);
+            }
+        }
+        return kinds;
+    }
+};
+
+TEST_F(MaximizedDragSessionTest, AMoveWaitsForTheRestoredSizeAndKeepsThePointerOnItsSpot) {
+    const std::uint32_t editor = maximized({200, 150, 400, 300});
+    desktop.setStateChangesDeferred(true);
+    // Half way across, a fifth of the way down.
+    startMove({720, 200}, editor);
+    pointerTo({730, 210});
+    desktop.advance(40ms);
+    EXPECT_TRUE(positionAndSizeWrites().empty()) << "the window manager has not restored it yet";
+    EXPECT_TRUE(desktop.stateOf(editor).isMaximized());
+
+    desktop.carryOutStateChanges();
+    desktop.advance(8ms);
+    EXPECT_EQ(desktop.frameOf(editor), (Rect{530, 150, 400, 300}));
+    pointerTo({830, 260});
+    EXPECT_EQ(desktop.frameOf(editor), (Rect{630, 200, 400, 300}));
+
+    // A cancel maximizes it again, and leaving that state later gives the same restored frame.
+    desktop.setStateChangesDeferred(false);
+    session.cancel();
+    desktop.runPendingQueueWork();
+    EXPECT_EQ(desktop.frameOf(editor), (Rect{0, 25, 1440, 875}));
+    EXPECT_TRUE(desktop.stateOf(editor).maximizedVertically);
+    EXPECT_TRUE(desktop.stateOf(editor).maximizedHorizontally);
+    startMove({720, 200}, editor);
+    pointerTo({720, 201});
+    pointerTo({720, 201});
+    EXPECT_EQ(desktop.frameOf(editor), (Rect{520, 141, 400, 300}));
+    session.end();
+}
+
+TEST_F(MaximizedDragSessionTest, OnlyTheMaximizedAxisIsRestoredAndMagneticsStillApply) {
+    settings.setMagneticsEnabled(true);
+    const std::uint32_t tall = maximized({300, 150, 400, 300}, false, true);
+    startMove({500, 200}, tall);
+    pointerTo({530, 230});
+    pointerTo({530, 230});
+    EXPECT_EQ(desktop.frameOf(tall), (Rect{330, 170, 400, 300}));
+    // The top edge 5 below the usable area's top: it snaps there.
+    pointerTo({530, 90});
+    EXPECT_EQ(desktop.frameOf(tall), (Rect{330, 25, 400, 300}));
+    session.end();
+}
+
+TEST_F(MaximizedDragSessionTest, AResizeGoesOnFromTheMaximizedFrame) {
+    const std::uint32_t editor = maximized({200, 150, 400, 300});
+    startResize({1400, 850}, editor);
+    pointerTo({1300, 800});
+    pointerTo({1300, 800});
+    EXPECT_FALSE(desktop.stateOf(editor).isMaximized());
+    EXPECT_EQ(desktop.frameOf(editor), (Rect{0, 25, 1340, 825}));
+    session.end();
+}
+
+TEST_F(MaximizedDragSessionTest, AFrameThatStaysAsLargeIsTakenAsRestoredAfterAWhile) {
+    const std::uint32_t editor = maximized({0, 25, 1440, 875});
+    startMove({720, 200}, editor);
+    pointerTo({730, 200});
+    desktop.advance(40ms);
+    EXPECT_TRUE(positionAndSizeWrites().empty());
+    desktop.advance(200ms);
+    EXPECT_EQ(desktop.frameOf(editor), (Rect{10, 25, 1440, 875}));
+    session.end();
+}
+
 TEST(DragSessionGeometryTest, ResizedFramesKeepTheOppositeCornerAndRespectMinimumAndDisplay) {
     const Rect start{100, 100, 400, 300};
     const Rect screen{0, 0, 1440, 900};

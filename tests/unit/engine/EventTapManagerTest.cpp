@@ -222,6 +222,89 @@ TEST_F(EventTapManagerTest, AMissedReleaseIsCaughtByTheWatchWithinItsPeriod) {
     EXPECT_FALSE(desktop.isPointerMotionWanted());
 }
 
+TEST_F(EventTapManagerTest, EscapePutsTheWindowBackAndTheKeysDoNothingMoreUntilLetGo) {
+    manager.start();
+    desktop.movePointer({200, 200});
+    desktop.pressCancelKey();
+    EXPECT_EQ(desktop.cancelKeysSeenByApplications, 1) << "no gesture: Escape is the user's";
+
+    desktop.pressModifiers(kMove);
+    desktop.movePointer({260, 240});
+    desktop.advance(20ms);
+    ASSERT_EQ(desktop.frameOf(window), (Rect{160, 140, 400, 300}));
+    desktop.pressCancelKey();
+    EXPECT_EQ(desktop.cancelKeysSeenByApplications, 1);
+    EXPECT_EQ(gesture(), Gesture::none);
+    desktop.runPendingQueueWork();
+    EXPECT_EQ(desktop.frameOf(window), kFrame);
+
+    // Still held, with an extra key even: nothing follows the pointer, nothing starts.
+    desktop.pressModifiers(kMove | ModifierFlag::shift);
+    desktop.movePointer({300, 320});
+    desktop.advance(1s);
+    EXPECT_EQ(gesture(), Gesture::none);
+    EXPECT_EQ(desktop.frameOf(window), kFrame);
+    EXPECT_FALSE(desktop.isCancelKeyCaptured());
+    EXPECT_FALSE(desktop.isPointerMotionWanted());
+
+    desktop.pressModifiers(0);
+    desktop.pressModifiers(kResize);
+    ASSERT_EQ(gesture(), Gesture::resize);
+    desktop.movePointer({350, 370});
+    desktop.advance(20ms);
+    EXPECT_EQ(desktop.frameOf(window), (Rect{100, 100, 450, 350}));
+    desktop.pressCancelKey();
+    desktop.runPendingQueueWork();
+    EXPECT_EQ(desktop.frameOf(window), kFrame);
+
+    // A release the tap missed is noticed by the watch, and the next press starts anew.
+    desktop.holdModifiersSilently(0);
+    desktop.advance(150ms);
+    desktop.pressModifiers(kMove);
+    EXPECT_EQ(gesture(), Gesture::move);
+}
+
+TEST_F(EventTapManagerTest, EscapeIsCapturedOnlyWhileAGestureCanUseIt) {
+    const std::uint32_t video =
+        desktop.addWindow(FakeDesktop::Window::at({700, 100, 400, 300}, 3000).withFullscreen());
+    manager.start();
+    desktop.movePointer({200, 200});
+    EXPECT_FALSE(desktop.isCancelKeyCaptured());
+
+    auto begin = [&] {
+        desktop.pressModifiers(kMove);
+        EXPECT_TRUE(desktop.isCancelKeyCaptured());
+    };
+    begin();
+    desktop.pressModifiers(0);
+    EXPECT_FALSE(desktop.isCancelKeyCaptured()) << "released";
+    begin();
+    desktop.holdModifiersSilently(0);
+    desktop.advance(150ms);
+    EXPECT_FALSE(desktop.isCancelKeyCaptured()) << "release noticed by the watch";
+    begin();
+    manager.stop();
+    manager.start();
+    EXPECT_FALSE(desktop.isCancelKeyCaptured()) << "stopped";
+
+    // The window closed under the gesture: nothing is left to put back.
+    begin();
+    desktop.removeWindow(window);
+    desktop.movePointer({220, 220});
+    desktop.advance(150ms);
+    EXPECT_EQ(gesture(), Gesture::move);
+    EXPECT_FALSE(desktop.isCancelKeyCaptured()) << "window gone";
+    desktop.pressModifiers(0);
+
+    desktop.movePointer({800, 200});
+    desktop.pressModifiers(kMove);
+    EXPECT_EQ(gesture(), Gesture::none) << "fullscreen";
+    EXPECT_FALSE(desktop.isCancelKeyCaptured());
+    desktop.movePointer({900, 300});
+    desktop.advance(100ms);
+    EXPECT_EQ(desktop.frameOf(video), (Rect{700, 100, 400, 300}));
+}
+
 // The same gestures whether the pointer reaches the session through motion events or the
 // session's ticks read it themselves; only the latter leave motion unselected.
 class EventTapPointerSourceTest : public EventTapManagerTest,
