@@ -15,7 +15,7 @@ using namespace std::chrono_literals;
 constexpr auto tickPeriod = 8ms;
 constexpr auto tickLeeway = 1ms;
 // A window manager may clear the maximized state before it gives the window its earlier size.
-// A frame still as large after these ticks had that size before, too.
+// A frame still as large after this many timer ticks had that size before, too.
 constexpr int unmaximizeSettleTicks = 12;
 
 // The bound wins unless the candidate is strictly smaller.
@@ -223,7 +223,8 @@ void DragSession::applyLatestMouse(std::optional<std::uint64_t> onlyForGesture) 
         setupAppliedToGesture_ = gesture->number;
         applyFirstMovementSetup(*gesture);
     }
-    if (!hasLeftMaximizedState(*gesture)) {
+    // Motion comes at any rate; only the timer's ticks measure time.
+    if (!hasLeftMaximizedState(*gesture, !onlyForGesture)) {
         return;
     }
     WindowHandle& window = *gesture->window;
@@ -249,7 +250,7 @@ void DragSession::applyLatestMouse(std::optional<std::uint64_t> onlyForGesture) 
 // The window manager neither moves nor resizes a maximized window, so the first movement asks
 // it to give the window its earlier size, and the gesture waits for that on its next ticks
 // rather than keeping anyone waiting. Until then nothing is written.
-bool DragSession::hasLeftMaximizedState(const Gesture& gesture) {
+bool DragSession::hasLeftMaximizedState(const Gesture& gesture, bool timerTick) {
     if (!gesture.initialState.isMaximized()) {
         return true;
     }
@@ -274,8 +275,11 @@ bool DragSession::hasLeftMaximizedState(const Gesture& gesture) {
     }
     const Rect frame = Rect::fromOriginAndSize(*position, *size);
     const Rect& maximized = gesture.initialWindowFrame;
-    if (frame == maximized && ++unmaximizing_.ticksWaited < unmaximizeSettleTicks) {
-        return false;
+    if (frame == maximized) {
+        unmaximizing_.ticksWaited += timerTick ? 1 : 0;
+        if (unmaximizing_.ticksWaited < unmaximizeSettleTicks) {
+            return false;
+        }
     }
     unmaximizing_.done = true;
     unmaximizing_.restoredFrame = frame;

@@ -135,7 +135,7 @@ class DragSession {
     void applyLatestMouse(std::optional<std::uint64_t> onlyForGesture = std::nullopt);
     std::optional<Point> pointerForTick(const std::shared_ptr<const Gesture>& gesture);
     void applyFirstMovementSetup(const Gesture& gesture);
-    bool hasLeftMaximizedState(const Gesture& gesture);
+    bool hasLeftMaximizedState(const Gesture& gesture, bool timerTick);
     void putBack(const Gesture& gesture);
     void noteWrite(const Gesture& gesture, bool succeeded);
     void cleanUpAfterGesture(std::int32_t pid);
