@@ -273,13 +273,19 @@ bool DragSession::hasLeftMaximizedState(const Gesture& gesture, bool timerTick) 
         noteWrite(gesture, false);
         return false;
     }
+    // A window manager may give back the decorations before the size: only a frame that
+    // stays the same across a timer tick is the restored one.
     const Rect frame = Rect::fromOriginAndSize(*position, *size);
+    if (unmaximizing_.lastSeenFrame != frame) {
+        unmaximizing_.lastSeenFrame = frame;
+        unmaximizing_.steadyTicks = 0;
+        return false;
+    }
+    unmaximizing_.steadyTicks += timerTick ? 1 : 0;
     const Rect& maximized = gesture.initialWindowFrame;
-    if (frame == maximized) {
-        unmaximizing_.ticksWaited += timerTick ? 1 : 0;
-        if (unmaximizing_.ticksWaited < unmaximizeSettleTicks) {
-            return false;
-        }
+    const int ticksNeeded = frame == maximized ? unmaximizeSettleTicks : 1;
+    if (unmaximizing_.steadyTicks < ticksNeeded) {
+        return false;
     }
     unmaximizing_.done = true;
     unmaximizing_.restoredFrame = frame;

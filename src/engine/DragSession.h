@@ -123,8 +123,9 @@ class DragSession {
     struct Unmaximizing {
         std::uint64_t gesture = 0;  // none while 0
         bool done = false;
-        int ticksWaited = 0;
-        Rect restoredFrame;  // where the window manager put the window back
+        std::optional<Rect> lastSeenFrame;
+        int steadyTicks = 0;  // timer ticks the frame has stayed as last seen
+        Rect restoredFrame;   // where the window manager put the window back
         RestoredMove move;
     };
 

@@ -288,6 +288,11 @@ void FakeDesktop::carryOutStateChanges() {
     table_->pendingStates.clear();
 }
 
+void FakeDesktop::placeWindow(std::uint32_t number, Rect frame) {
+    std::lock_guard lock(table_->mutex);
+    table_->find(number)->window.frame = frame;
+}
+
 void FakeDesktop::setGeometryReadable(std::uint32_t number, bool position, bool size) {
     std::lock_guard lock(table_->mutex);
     WindowTable::Entry* entry = table_->find(number);

@@ -124,6 +124,8 @@ class FakeDesktop final : public InputService,
     // Deferred, a request to change the state is carried out only when the test says so.
     void setStateChangesDeferred(bool deferred);
     void carryOutStateChanges();
+    // The window manager placing a window on its own, as it does on the way out of a state.
+    void placeWindow(std::uint32_t number, Rect frame);
     void setGeometryReadable(std::uint32_t number, bool position, bool size);
     std::vector<std::uint32_t> stackingOrder() const;
     std::vector<Write> writes() const;
