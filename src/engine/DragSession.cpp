@@ -416,12 +416,9 @@ Rect DragSession::screenFrameContaining(Rect r, const std::vector<DisplayInfo>& 
     if (screens.empty()) {
         return {0, 0, 1920, 1080};
     }
-    const double primaryHeight = screens.front().frame.height;
     for (const auto& screen : screens) {
-        const Rect& f = screen.frame;
-        const Rect turned{f.x, primaryHeight - f.y - f.height, f.width, f.height};
-        if (turned.intersects(r)) {
-            return turned;
+        if (screen.frame.intersects(r)) {
+            return screen.frame;
         }
     }
     return {0, 0, screens.front().frame.width, screens.front().frame.height};

@@ -84,8 +84,8 @@ class DragSession {
     // most what the display leaves towards the dragged side.
     static Rect resizedFrame(ResizeCorner corner, Rect start, double dx, double dy,
                              Rect screenBounds);
-    // The first display (turned into top-left coordinates) that the rectangle
-    // overlaps; the primary display's size at the origin when none does.
+    // The first display that the rectangle overlaps; the primary display's size
+    // at the origin when none does.
     static Rect screenFrameContaining(Rect r, const std::vector<DisplayInfo>& screens);
     static ResizeCorner cornerFor(Point mouse, Rect frame);
 

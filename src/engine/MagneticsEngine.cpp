@@ -8,12 +8,6 @@ namespace gf::MagneticsEngine {
 
 namespace {
 
-// Display rectangles come bottom-left up; snapping works top-left down. Every
-// display is flipped with the primary display's height.
-Rect toTopLeft(const Rect& r, double primaryHeight) {
-    return {r.x, primaryHeight - r.y - r.height, r.width, r.height};
-}
-
 void appendLines(SnapEdges& edges, const Rect& r) {
     edges.verticalEdges.push_back(r.minX());
     edges.verticalEdges.push_back(r.maxX());
@@ -48,15 +42,14 @@ SnapEdges collectEdges(const Settings& settings, Platform& platform) {
     const bool usableEdges = settings.snapToDockAndMenuBar();
     if (screenEdges || usableEdges) {
         const auto displays = platform.displays.displays();
-        const double primaryHeight = displays.empty() ? 0 : displays.front().frame.height;
         if (screenEdges) {
             for (const auto& display : displays) {
-                appendLines(edges, toTopLeft(display.frame, primaryHeight));
+                appendLines(edges, display.frame);
             }
         }
         if (usableEdges) {
             for (const auto& display : displays) {
-                appendLines(edges, toTopLeft(display.visibleFrame, primaryHeight));
+                appendLines(edges, display.visibleFrame);
             }
         }
     }

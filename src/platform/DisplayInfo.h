@@ -4,8 +4,8 @@
 
 namespace gf {
 
-// One display (monitor). Both rectangles use bottom-left coordinates with y
-// growing upwards, measured from the bottom of the primary display.
+// One display (monitor). Both rectangles are in the global coordinates of
+// windows and the pointer: origin at the top-left of the root, y growing downwards.
 struct DisplayInfo {
     Rect frame;         // the whole display
     Rect visibleFrame;  // the display without docks and panels

@@ -59,11 +59,6 @@ std::vector<DisplayInfo> X11DisplayService::displays() {
         work = workArea();
     }
 
-    // Bottom-left coordinates measured from the bottom of the primary monitor.
-    const double primaryHeight = monitors.front().height;
-    auto flipped = [primaryHeight](const Rect& r) {
-        return Rect{r.x, primaryHeight - r.y - r.height, r.width, r.height};
-    };
     std::vector<DisplayInfo> displays;
     displays.reserve(monitors.size());
     for (const Rect& monitor : monitors) {
@@ -73,7 +68,7 @@ std::vector<DisplayInfo> X11DisplayService::displays() {
                 std::max(monitor.minX(), work->minX()), std::max(monitor.minY(), work->minY()),
                 std::min(monitor.maxX(), work->maxX()), std::min(monitor.maxY(), work->maxY()));
         }
-        displays.push_back({flipped(monitor), flipped(usable)});
+        displays.push_back({monitor, usable});
     }
     return displays;
 }

@@ -85,13 +85,12 @@ TEST_F(TwoMonitorTest, ComePrimaryFirstAndADockStrutShrinksOnlyTheMonitorItTouch
     bottom.bottomEndX = 2559;
     desktop().createDock(1280, 770, 1280, 30, bottom);
 
-    // Measured upwards from the bottom of the primary monitor (800 high).
     std::vector<DisplayInfo> displays = platform_->displays().displays();
     ASSERT_EQ(displays.size(), 2u);
     EXPECT_EQ(displays[0].frame, (Rect{1280, 0, 1280, 800}));
-    EXPECT_EQ(displays[0].visibleFrame, (Rect{1280, 30, 1280, 770}));
+    EXPECT_EQ(displays[0].visibleFrame, (Rect{1280, 0, 1280, 770}));
     EXPECT_EQ(displays[1].frame, (Rect{0, 100, 1280, 600}));
-    EXPECT_EQ(displays[1].visibleFrame, (Rect{0, 100, 1280, 570}));
+    EXPECT_EQ(displays[1].visibleFrame, (Rect{0, 130, 1280, 570}));
 
     // Read afresh on every call.
     desktop().setMonitors({{0, 0, 2560, 800}});
@@ -112,14 +111,10 @@ class MonitorsOfTwoSizesTest : public X11PlatformTest {
         desktop().setMonitors({{0, 0, 1280, 800}, {1280, 0, 1920, 1080}});
     }
 
-    // Usable rectangles, turned back into root coordinates to compare with the docks.
     std::vector<Rect> usableInRoot() {
-        const std::vector<DisplayInfo> displays = platform_->displays().displays();
         std::vector<Rect> usable;
-        for (const DisplayInfo& display : displays) {
-            const Rect& r = display.visibleFrame;
-            usable.push_back(
-                {r.x, displays.front().frame.height - r.y - r.height, r.width, r.height});
+        for (const DisplayInfo& display : platform_->displays().displays()) {
+            usable.push_back(display.visibleFrame);
         }
         return usable;
     }
@@ -143,13 +138,12 @@ TEST_F(MonitorsOfTwoSizesTest, DocksOnTheSecondaryMonitorShrinkItAndStrutsCountF
     secondaryRight.rightEndY = 1049;
     desktop().createDock(3160, 0, 40, 1050, secondaryRight);
 
-    // Bottom-left coordinates from the primary's bottom: the taller monitor reaches 280 below.
     const std::vector<DisplayInfo> displays = platform_->displays().displays();
     ASSERT_EQ(displays.size(), 2u);
     EXPECT_EQ(displays[0].frame, (Rect{0, 0, 1280, 800}));
-    EXPECT_EQ(displays[0].visibleFrame, (Rect{0, 30, 1280, 770}));
-    EXPECT_EQ(displays[1].frame, (Rect{1280, -280, 1920, 1080}));
-    EXPECT_EQ(displays[1].visibleFrame, (Rect{1280, -250, 1880, 1050}));
+    EXPECT_EQ(displays[0].visibleFrame, (Rect{0, 0, 1280, 770}));
+    EXPECT_EQ(displays[1].frame, (Rect{1280, 0, 1920, 1080}));
+    EXPECT_EQ(displays[1].visibleFrame, (Rect{1280, 0, 1880, 1050}));
 }
 
 TEST_F(MonitorsOfTwoSizesTest, ADockOnTheEdgeBetweenMonitorsShrinksOnlyTheMonitorItIsOn) {

@@ -237,10 +237,7 @@ void FakeDesktop::setDisplays(std::vector<DisplayInfo> displays) {
     std::lock_guard lock(table_->mutex);
     table_->maximizedFrame = {};
     if (!displays_.empty()) {
-        const Rect& usable = displays_.front().visibleFrame;
-        const double primaryHeight = displays_.front().frame.height;
-        table_->maximizedFrame = {usable.x, primaryHeight - usable.y - usable.height, usable.width,
-                                  usable.height};
+        table_->maximizedFrame = displays_.front().visibleFrame;
     }
 }
 

@@ -232,7 +232,7 @@ class FakeDesktop final : public InputService,
 
     VirtualTimeline timeline_;
     std::shared_ptr<WindowTable> table_;
-    std::vector<DisplayInfo> displays_{{{0, 0, 1440, 900}, {0, 0, 1440, 875}}};
+    std::vector<DisplayInfo> displays_{{{0, 0, 1440, 900}, {0, 25, 1440, 875}}};
     std::map<std::int32_t, RunningApplication> applications_;
     std::map<std::string, ApplicationIcon> installed_;
     std::vector<Tap*> taps_;

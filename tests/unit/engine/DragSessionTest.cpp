@@ -490,9 +490,8 @@ TEST(DragSessionGeometryTest, ResizedFramesKeepTheOppositeCornerAndRespectMinimu
 
 TEST(DragSessionGeometryTest, ResizeIsLimitedByTheFirstDisplayTheWindowOverlaps) {
     // Primary 1440 x 900; a 1920 x 1080 display above it, its left edge at x = -200.
-    const std::vector<DisplayInfo> screens{{{0, 0, 1440, 900}, {0, 0, 1440, 875}},
-                                           {{-200, 900, 1920, 1080}, {-200, 900, 1920, 1080}}};
     const Rect above{-200, -1080, 1920, 1080};
+    const std::vector<DisplayInfo> screens{{{0, 0, 1440, 900}, {0, 25, 1440, 875}}, {above, above}};
     EXPECT_EQ(DragSession::screenFrameContaining({100, -500, 300, 200}, screens), above);
     EXPECT_EQ(DragSession::screenFrameContaining({100, -100, 300, 200}, screens),
               (Rect{0, 0, 1440, 900}));  // straddles both: the primary is listed first

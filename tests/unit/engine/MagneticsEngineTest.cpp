@@ -51,13 +51,15 @@ TEST_F(MagneticsEngineTest, LinesComeDisplaysFirstThenUsableAreasThenOtherWindow
     EXPECT_EQ(MagneticsEngine::snap({3, 4}, {10, 10}, none), (Point{3, 4}));
 }
 
-TEST_F(MagneticsEngineTest, EveryDisplayIsFlippedWithThePrimaryDisplaysHeight) {
-    desktop.setDisplays(
-        {{{0, 0, 1920, 1080}, {0, 0, 1920, 1055}}, {{1920, 0, 2560, 1440}, {1920, 0, 2560, 1415}}});
+TEST_F(MagneticsEngineTest, DisplaysOfDifferentHeightsEachGiveTheirOwnLines) {
+    // A taller display to the right of the primary, level with its bottom, so reaching above it.
+    desktop.setDisplays({{{0, 0, 1920, 1080}, {0, 25, 1920, 1055}},
+                         {{1920, -360, 2560, 1440}, {1920, -335, 2560, 1415}}});
     settings.setSnapToWindowEdges(false);
     const SnapEdges edges = MagneticsEngine::collectEdges(settings, platform);
     EXPECT_EQ(edges.verticalEdges, (Lines{0, 1920, 1920, 4480, 0, 1920, 1920, 4480}));
     EXPECT_EQ(edges.horizontalEdges, (Lines{0, 1080, -360, 1080, 25, 1080, -335, 1080}));
+    EXPECT_EQ(MagneticsEngine::snap({2500, -355}, {400, 300}, edges), (Point{2500, -360}));
 
     desktop.setDisplays({});
     EXPECT_TRUE(MagneticsEngine::collectEdges(settings, platform).verticalEdges.empty());
