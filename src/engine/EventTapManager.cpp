@@ -1,7 +1,5 @@
 #include "engine/EventTapManager.h"
 
-#include <array>
-#include <string_view>
 #include <utility>
 
 #include "engine/WindowLocation.h"
@@ -10,21 +8,6 @@
 namespace gf {
 
 namespace {
-
-struct NamedModifierBit {
-    std::string_view name;
-    std::uint64_t bit;
-};
-
-// The watch reads the keyboard's current state rather than an event, so it
-// names the bits itself instead of trusting a key's own flag.
-constexpr std::array<NamedModifierBit, 5> namedModifierBits{{
-    {"control", ModifierFlag::control},
-    {"command", ModifierFlag::command},
-    {"option", ModifierFlag::option},
-    {"shift", ModifierFlag::shift},
-    {"fn", ModifierFlag::fn},
-}};
 
 bool isInterruptionNotice(InputEventType type) {
     return static_cast<std::uint32_t>(type) >=
@@ -143,14 +126,8 @@ void EventTapManager::handleFlagsChanged(const InputEvent& event) {
 
 bool EventTapManager::isHeld(const ModifierKeySet& keys, std::uint64_t flags) {
     for (const ModifierKey& key : keys.keys()) {
-        std::uint64_t bit = 0;
-        for (const NamedModifierBit& named : namedModifierBits) {
-            if (named.name == key.name) {
-                bit = named.bit;
-                break;
-            }
-        }
-        if (bit == 0 || (flags & bit) == 0) {
+        const ModifierKey* row = ModifierKey::withName(key.name);
+        if (row == nullptr || (flags & row->eventFlag) == 0) {
             return false;
         }
     }

@@ -50,7 +50,8 @@ class EventTapManager {
     const InputEvent& handleEvent(const InputEvent& event);
     void handleFlagsChanged(const InputEvent& event);
 
-    // Whether every key of the set is down in the flags, looked up by key name.
+    // Whether every key of the set is down in the flags, each key's bit looked up by its name in
+    // the modifier key table.
     static bool isHeld(const ModifierKeySet& keys, std::uint64_t flags);
 
   private:

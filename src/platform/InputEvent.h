@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "model/ModifierKey.h"
 #include "platform/Point.h"
 
 namespace gf {
@@ -18,13 +19,14 @@ enum class InputEventType : std::uint32_t {
 };
 
 // Modifier bits of the flags word, shared by every event and by the current
-// keyboard state. Other bits may be set and mean nothing to the engine.
+// keyboard state, as the modifier key table assigns them. Other bits may be set
+// and mean nothing to the engine.
 namespace ModifierFlag {
-inline constexpr std::uint64_t shift = 0x20000;
-inline constexpr std::uint64_t control = 0x40000;
-inline constexpr std::uint64_t option = 0x80000;
-inline constexpr std::uint64_t command = 0x100000;
-inline constexpr std::uint64_t fn = 0x800000;
+inline constexpr std::uint64_t shift = ModifierKey::shift().eventFlag;
+inline constexpr std::uint64_t control = ModifierKey::control().eventFlag;
+inline constexpr std::uint64_t option = ModifierKey::option().eventFlag;
+inline constexpr std::uint64_t command = ModifierKey::command().eventFlag;
+inline constexpr std::uint64_t fn = ModifierKey::fn().eventFlag;
 }  // namespace ModifierFlag
 
 struct InputEvent {

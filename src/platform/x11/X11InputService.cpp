@@ -6,6 +6,7 @@
 #include <array>
 
 #include "platform/x11/X11EventTap.h"
+#include "platform/x11/X11ModifierFlags.h"
 #include "platform/x11/X11PointerMonitorToken.h"
 #include "platform/x11/XcbConnection.h"
 #include "platform/x11/XcbReply.h"
@@ -141,23 +142,6 @@ std::uint64_t X11InputService::currentModifierFlags() {
         return flagsFromModifierState(pointer->mask);
     }
     return 0;
-}
-
-std::uint64_t X11InputService::flagsFromModifierState(std::uint16_t state) {
-    std::uint64_t flags = 0;
-    if ((state & XCB_MOD_MASK_SHIFT) != 0) {
-        flags |= ModifierFlag::shift;
-    }
-    if ((state & XCB_MOD_MASK_CONTROL) != 0) {
-        flags |= ModifierFlag::control;
-    }
-    if ((state & XCB_MOD_MASK_1) != 0) {
-        flags |= ModifierFlag::option;
-    }
-    if ((state & XCB_MOD_MASK_4) != 0) {
-        flags |= ModifierFlag::command;
-    }
-    return flags;
 }
 
 void X11InputService::setTapEnabled(int id, bool enabled) {

@@ -54,9 +54,6 @@ class X11InputService final : public InputService, public X11EventListener {
     void handleEvent(const xcb_generic_event_t& event) override;
     void handleBatchEnd() override;
 
-    // The engine's flags word for an X modifier mask (core or XKB state).
-    static std::uint64_t flagsFromModifierState(std::uint16_t state);
-
     // Used by the taps and monitor tokens this service hands out.
     void setTapEnabled(int id, bool enabled);
     bool isTapEnabled(int id) const;
