@@ -24,10 +24,6 @@ constexpr std::uint16_t kInputMinimumMinor = 1;
 constexpr std::uint16_t kKeyboardEvents =
     XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_STATE_NOTIFY;
 
-constexpr xcb_keysym_t kEscapeKeysym = 0xff1b;
-// The eight modifier bits: Shift, Lock, Control and Mod1 to Mod5.
-constexpr std::uint16_t kModifierCombinations = 0x100;
-
 // One entry of an XISelectEvents request: the header and a one-word mask.
 struct InputEventMask {
     xcb_input_event_mask_t header;
@@ -41,6 +37,7 @@ X11InputService::X11InputService(const XcbConnection& connection,
                                  std::unique_ptr<X11MotionFollower> motionFollower)
     : connection_(connection),
       samplingConnection_(samplingConnection),
+      cancelKey_(connection),
       crossings_(connection),
       motionFollower_(std::move(motionFollower)) {
     initializeExtensions();
@@ -221,12 +218,12 @@ void X11InputService::updateSelections(bool force) {
         changed = true;
     }
     // Grabbed again when forced: a new keyboard may put Escape on another key.
-    if (cancelKeyGrabbed_ && (!cancelKeyWanted || force)) {
-        ungrabCancelKey();
+    if (cancelKey_.isGrabbed() && (!cancelKeyWanted || force)) {
+        cancelKey_.release();
         changed = true;
     }
-    if (cancelKeyWanted && !cancelKeyGrabbed_) {
-        grabCancelKey();
+    if (cancelKeyWanted && !cancelKey_.isGrabbed()) {
+        cancelKey_.grab();
         changed = true;
     }
     if (!motionSelected_) {
@@ -261,59 +258,6 @@ void X11InputService::selectInputEvents(bool motion, bool hierarchy) {
     }};
     xcb_input_xi_select_events(connection_.get(), connection_.root(), masks.size(),
                                &masks[0].header);
-}
-
-// With any modifiers at all, so that Escape pressed with the gesture's keys is taken whatever
-// else is held, Caps Lock and Num Lock included. Another client holding one of those
-// combinations makes the whole request fail; then each combination is taken on its own, all
-// but that client's.
-void X11InputService::grabCancelKey() {
-    xcb_connection_t* c = connection_.get();
-    cancelKeycodes_ = keycodesOf(kEscapeKeysym);
-    for (const xcb_keycode_t key : cancelKeycodes_) {
-        if (xcbSucceeded(c, xcb_grab_key_checked(c, 0, connection_.root(), XCB_MOD_MASK_ANY, key,
-                                                 XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC))) {
-            continue;
-        }
-        for (std::uint16_t modifiers = 0; modifiers < kModifierCombinations; ++modifiers) {
-            // Refusals arrive as errors, which the event pump drops.
-            xcb_grab_key(c, 0, connection_.root(), modifiers, key, XCB_GRAB_MODE_ASYNC,
-                         XCB_GRAB_MODE_ASYNC);
-        }
-    }
-    cancelKeyGrabbed_ = true;
-}
-
-void X11InputService::ungrabCancelKey() {
-    for (const xcb_keycode_t key : cancelKeycodes_) {
-        xcb_ungrab_key(connection_.get(), key, connection_.root(), XCB_MOD_MASK_ANY);
-    }
-    cancelKeycodes_.clear();
-    cancelKeyGrabbed_ = false;
-}
-
-std::vector<xcb_keycode_t> X11InputService::keycodesOf(xcb_keysym_t keysym) const {
-    xcb_connection_t* c = connection_.get();
-    const xcb_setup_t* setup = xcb_get_setup(c);
-    const int count = setup->max_keycode - setup->min_keycode + 1;
-    auto reply =
-        xcbReply(c, xcb_get_keyboard_mapping_reply,
-                 xcb_get_keyboard_mapping(c, setup->min_keycode, static_cast<std::uint8_t>(count)));
-    std::vector<xcb_keycode_t> keycodes;
-    if (!reply || reply->keysyms_per_keycode == 0) {
-        return keycodes;
-    }
-    const xcb_keysym_t* keysyms = xcb_get_keyboard_mapping_keysyms(reply.get());
-    const int length = xcb_get_keyboard_mapping_keysyms_length(reply.get());
-    for (int i = 0; i < length; ++i) {
-        const auto keycode =
-            static_cast<xcb_keycode_t>(setup->min_keycode + i / reply->keysyms_per_keycode);
-        if (keysyms[i] == keysym &&
-            std::find(keycodes.begin(), keycodes.end(), keycode) == keycodes.end()) {
-            keycodes.push_back(keycode);
-        }
-    }
-    return keycodes;
 }
 
 std::optional<X11InputService::PointerState> X11InputService::queryPointer(
@@ -439,8 +383,7 @@ void X11InputService::deliverFlagsChanged(std::uint8_t modifiers) {
 // Only the grabbed key reaches us. It keeps coming while held after the grab is let go (until
 // its release ends the grab the press began), and then no tap wants it any more.
 void X11InputService::deliverCancelKey(const xcb_key_press_event_t& press) {
-    if (std::find(cancelKeycodes_.begin(), cancelKeycodes_.end(), press.detail) ==
-        cancelKeycodes_.end()) {
+    if (!cancelKey_.isGrabbedKey(press.detail)) {
         return;
     }
     deliverPendingMotion();

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/InputService.h"
+#include "platform/x11/X11CancelKeyGrab.h"
 #include "platform/x11/X11CrossingWatch.h"
 #include "platform/x11/X11EventListener.h"
 #include "platform/x11/X11MotionFollower.h"
@@ -96,9 +97,6 @@ class X11InputService final : public InputService, public X11EventListener {
     void updateSelections(bool force);
     void selectKeyboardEvents(bool wanted);
     void selectInputEvents(bool motion, bool hierarchy);
-    void grabCancelKey();
-    void ungrabCancelKey();
-    std::vector<xcb_keycode_t> keycodesOf(xcb_keysym_t keysym) const;
     void deliverCancelKey(const xcb_key_press_event_t& press);
     static std::optional<PointerState> queryPointer(const XcbConnection& connection);
     std::optional<PointerState> queryPointer() const { return queryPointer(connection_); }
@@ -124,9 +122,8 @@ class X11InputService final : public InputService, public X11EventListener {
     bool keyboardSelected_ = false;
     bool motionSelected_ = false;
     bool hierarchySelected_ = false;
-    bool cancelKeyGrabbed_ = false;
-    std::vector<xcb_keycode_t> cancelKeycodes_;  // the keys grabbed
     bool motionPending_ = false;
+    X11CancelKeyGrab cancelKey_;
     X11CrossingWatch crossings_;
     std::unique_ptr<X11MotionFollower> motionFollower_;
     std::optional<X11CrossingWatch::Crossing> pendingCrossing_;
