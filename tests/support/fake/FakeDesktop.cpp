@@ -3,208 +3,54 @@
 #include <algorithm>
 #include <mutex>
 
+#include "fake/FakeWindowTable.h"
+
 namespace gf::test {
-
-// The windows and what was asked of them, shared with the handles, which may outlive the desktop
-// and be used from a background thread.
-struct FakeDesktop::WindowTable {
-    struct Entry {
-        std::uint32_t number = 0;
-        Window window;
-        bool positionReadable = true;
-        bool sizeReadable = true;
-    };
-
-    mutable std::mutex mutex;
-    std::vector<Entry> windows;  // front to back
-    std::uint32_t nextNumber = 100;
-    std::map<std::int32_t, std::map<std::string, bool, std::less<>>> attributes;
-    std::vector<Write> writes;
-    std::vector<AttributeWrite> attributeWrites;
-    std::uint64_t nextSequence = 1;
-    Rect maximizedFrame;  // the primary display's usable area
-    bool defersStateChanges = false;
-    std::vector<std::pair<std::uint32_t, WindowState>> pendingStates;
-
-    Entry* find(std::uint32_t number) {
-        auto it = std::ranges::find(windows, number, &Entry::number);
-        return it == windows.end() ? nullptr : &*it;
-    }
-    void raiseToFront(std::uint32_t number) {
-        auto it = std::ranges::find(windows, number, &Entry::number);
-        std::rotate(windows.begin(), it, it + 1);
-    }
-    void record(std::uint32_t number, Write::Kind kind, Point point = {}, Size size = {},
-                WindowState state = {}) {
-        writes.push_back({number, kind, point, size, state, nextSequence++});
-    }
-    // What a window manager does: each axis maximized keeps the frame it had along that axis to
-    // come back to, each axis let go gets it back.
-    void applyState(Entry& entry, WindowState wanted) {
-        WindowState& state = entry.window.state;
-        Rect& frame = entry.window.frame;
-        Rect& restored = entry.window.restoredFrame;
-        if (state.maximizedHorizontally != wanted.maximizedHorizontally) {
-            const Rect& to = wanted.maximizedHorizontally ? maximizedFrame : restored;
-            if (wanted.maximizedHorizontally) {
-                restored.x = frame.x;
-                restored.width = frame.width;
-            }
-            frame.x = to.x;
-            frame.width = to.width;
-        }
-        if (state.maximizedVertically != wanted.maximizedVertically) {
-            const Rect& to = wanted.maximizedVertically ? maximizedFrame : restored;
-            if (wanted.maximizedVertically) {
-                restored.y = frame.y;
-                restored.height = frame.height;
-            }
-            frame.y = to.y;
-            frame.height = to.height;
-        }
-        state.maximizedHorizontally = wanted.maximizedHorizontally;
-        state.maximizedVertically = wanted.maximizedVertically;
-    }
-};
-
-struct FakeDesktop::Tap {
-    std::vector<Tap*>& registry;
-    EventCallback callback;
-    bool enabled = true;  // as a tap installed by the real backend, it delivers at once
-    bool motionWanted = false;
-    bool cancelKeyCaptured = false;
-};
-
-struct FakeDesktop::Monitor {
-    std::vector<Monitor*>& registry;
-    PointerMovedCallback callback;
-};
 
 namespace {
 
-// Fails softly once its window is gone, like a handle to a vanished X window.
-class FakeWindowHandle final : public WindowHandle {
-  public:
-    using Table = FakeDesktop::WindowTable;
-    using Kind = FakeDesktop::Write::Kind;
+using Table = FakeDesktop::WindowTable;
 
-    FakeWindowHandle(std::weak_ptr<Table> table, std::uint32_t number, bool numberKnown)
-        : table_(std::move(table)), number_(number), numberKnown_(numberKnown) {}
-
-    std::optional<std::uint32_t> windowNumber() const override {
-        return numberKnown_ ? std::optional(number_) : std::nullopt;
-    }
-    std::optional<Point> position() override {
-        return with<Point>([](Table&, Table::Entry& e) {
-            return e.positionReadable ? std::optional(e.window.frame.origin()) : std::nullopt;
-        });
-    }
-    std::optional<Size> size() override {
-        return with<Size>([](Table&, Table::Entry& e) {
-            return e.sizeReadable ? std::optional(e.window.frame.size()) : std::nullopt;
-        });
-    }
-    std::optional<bool> isSizeSettable() override {
-        return with<bool>([](Table&, Table::Entry& e) { return e.window.sizeSettable; });
-    }
-    bool setPosition(Point topLeft) override {
-        return with<bool>([&](Table& t, Table::Entry& e) {
-                   if (!e.window.state.isMaximized()) {
-                       e.window.frame.x = topLeft.x;
-                       e.window.frame.y = topLeft.y;
-                   }
-                   t.record(number_, Kind::position, topLeft);
-                   return true;
-               })
-            .value_or(false);
-    }
-    bool setSize(Size size) override {
-        return with<bool>([&](Table& t, Table::Entry& e) {
-                   if (!e.window.sizeSettable) {
-                       return false;
-                   }
-                   if (!e.window.state.isMaximized()) {
-                       e.window.frame.width = size.width;
-                       e.window.frame.height = size.height;
-                   }
-                   t.record(number_, Kind::size, {}, size);
-                   return true;
-               })
-            .value_or(false);
-    }
-    WindowState state() override {
-        return with<WindowState>([](Table&, Table::Entry& e) { return e.window.state; })
-            .value_or(WindowState{});
-    }
-    bool setMaximized(bool horizontally, bool vertically) override {
-        return with<bool>([&](Table& t, Table::Entry& e) {
-                   WindowState wanted = e.window.state;
-                   wanted.maximizedHorizontally = horizontally;
-                   wanted.maximizedVertically = vertically;
-                   t.record(number_, Kind::maximized, {}, {}, wanted);
-                   if (t.defersStateChanges) {
-                       t.pendingStates.emplace_back(number_, wanted);
-                   } else {
-                       t.applyState(e, wanted);
-                   }
-                   return true;
-               })
-            .value_or(false);
-    }
-    bool raise() override {
-        return with<bool>([&](Table& t, Table::Entry&) {
-                   t.record(number_, Kind::raise);
-                   t.raiseToFront(number_);
-                   return true;
-               })
-            .value_or(false);
-    }
-    bool makeMain() override {
-        return with<bool>([&](Table& t, Table::Entry&) {
-                   t.record(number_, Kind::makeMain);
-                   return true;
-               })
-            .value_or(false);
-    }
-
-  private:
-    template <typename T, typename F>
-    std::optional<T> with(F apply) {
-        auto table = table_.lock();
-        if (!table) {
-            return std::nullopt;
+// Calls `deliver` on a snapshot of the registry, skipping entries removed meanwhile, so that a
+// callback may add or remove entries.
+template <typename T, typename F>
+void forEachRegistered(const std::vector<T*>& registry, F deliver) {
+    for (T* entry : std::vector(registry)) {
+        if (std::ranges::count(registry, entry)) {
+            deliver(*entry);
         }
-        std::lock_guard lock(table->mutex);
-        Table::Entry* entry = table->find(number_);
-        return entry ? std::optional<T>(apply(*table, *entry)) : std::nullopt;
     }
-
-    std::weak_ptr<Table> table_;
-    std::uint32_t number_;
-    bool numberKnown_;
-};
+}
 
 class FakeEventTap final : public EventTap {
   public:
-    explicit FakeEventTap(std::unique_ptr<FakeDesktop::Tap> tap) : tap_(std::move(tap)) {}
-    ~FakeEventTap() override { std::erase(tap_->registry, tap_.get()); }
-    void setEnabled(bool enabled) override { tap_->enabled = enabled; }
-    bool isEnabled() const override { return tap_->enabled; }
-    void setPointerMotionWanted(bool wanted) override { tap_->motionWanted = wanted; }
-    void setCancelKeyCaptured(bool captured) override { tap_->cancelKeyCaptured = captured; }
+    FakeEventTap(std::vector<FakeDesktop::Tap*>& registry, InputService::EventCallback callback)
+        : registry_(registry), tap_{std::move(callback)} {
+        registry_.push_back(&tap_);
+    }
+    ~FakeEventTap() override { std::erase(registry_, &tap_); }
+    void setEnabled(bool enabled) override { tap_.enabled = enabled; }
+    bool isEnabled() const override { return tap_.enabled; }
+    void setPointerMotionWanted(bool wanted) override { tap_.motionWanted = wanted; }
+    void setCancelKeyCaptured(bool captured) override { tap_.cancelKeyCaptured = captured; }
 
   private:
-    std::unique_ptr<FakeDesktop::Tap> tap_;
+    std::vector<FakeDesktop::Tap*>& registry_;
+    FakeDesktop::Tap tap_;
 };
 
 class FakeMonitorToken final : public MonitorToken {
   public:
-    explicit FakeMonitorToken(std::unique_ptr<FakeDesktop::Monitor> monitor)
-        : monitor_(std::move(monitor)) {}
-    ~FakeMonitorToken() override { std::erase(monitor_->registry, monitor_.get()); }
+    using Callback = InputService::PointerMovedCallback;
+    FakeMonitorToken(std::vector<Callback*>& registry, Callback callback)
+        : registry_(registry), callback_(std::move(callback)) {
+        registry_.push_back(&callback_);
+    }
+    ~FakeMonitorToken() override { std::erase(registry_, &callback_); }
 
   private:
-    std::unique_ptr<FakeDesktop::Monitor> monitor_;
+    std::vector<Callback*>& registry_;
+    Callback callback_;
 };
 
 class FakeSerialQueue final : public SerialQueue {
@@ -224,6 +70,18 @@ class FakeSerialQueue final : public SerialQueue {
     VirtualTimeline& timeline_;
     VirtualTimeline::Group group_;
 };
+
+WindowDescription describe(const Table::Entry& entry) {
+    WindowDescription d;
+    d.windowNumber = entry.number;
+    d.ownerPid = entry.window.pid;
+    d.layer = entry.window.layer;
+    d.applicationIdentifier = entry.window.identifier;
+    if (entry.window.boundsKnown) {
+        d.bounds = entry.window.frame;
+    }
+    return d;
+}
 
 }  // namespace
 
@@ -332,10 +190,6 @@ void FakeDesktop::setAttribute(std::int32_t pid, const std::string& name,
     }
 }
 
-void FakeDesktop::addApplication(const RunningApplication& application) {
-    applications_[application.pid] = application;
-}
-
 FakeDesktop::Tap* FakeDesktop::liveTap() const {
     return taps_.empty() ? nullptr : taps_.back();
 }
@@ -348,14 +202,16 @@ bool FakeDesktop::isPointerMotionWanted() const {
     return liveTap() && liveTap()->motionWanted;
 }
 
-// Delivers to a snapshot, so that a callback may add or remove taps; one removed meanwhile is
-// skipped.
+bool FakeDesktop::isCancelKeyCaptured() const {
+    return isEventTapEnabled() && liveTap()->cancelKeyCaptured;
+}
+
 void FakeDesktop::deliverToTaps(const InputEvent& event, bool isMotion) {
-    for (Tap* tap : std::vector(taps_)) {
-        if (std::ranges::count(taps_, tap) && tap->enabled && (!isMotion || tap->motionWanted)) {
-            tap->callback(event);
+    forEachRegistered(taps_, [&](Tap& tap) {
+        if (tap.enabled && (!isMotion || tap.motionWanted)) {
+            tap.callback(event);
         }
-    }
+    });
 }
 
 Point FakeDesktop::pointer() const {
@@ -381,16 +237,11 @@ void FakeDesktop::pressModifiers(std::uint64_t flags) {
 }
 
 void FakeDesktop::pressCancelKey() {
-    Tap* tap = liveTap();
-    if (tap && tap->enabled && tap->cancelKeyCaptured) {
-        tap->callback({InputEventType::cancelKeyPressed, flags_, pointer()});
+    if (isCancelKeyCaptured()) {
+        liveTap()->callback({InputEventType::cancelKeyPressed, flags_, pointer()});
     } else {
         ++cancelKeysSeenByApplications;
     }
-}
-
-bool FakeDesktop::isCancelKeyCaptured() const {
-    return liveTap() && liveTap()->enabled && liveTap()->cancelKeyCaptured;
 }
 
 void FakeDesktop::deliverPointer(Point p, std::optional<std::uint64_t> flags, InputEventType type) {
@@ -400,16 +251,9 @@ void FakeDesktop::deliverPointer(Point p, std::optional<std::uint64_t> flags, In
     }
     const std::uint64_t eventFlags = flags.value_or(flags_);
     deliverToTaps({type, eventFlags, p}, true);
-    for (Monitor* monitor : std::vector(monitors_)) {
-        if (std::ranges::count(monitors_, monitor)) {
-            monitor->callback(eventFlags);
-        }
-    }
-    for (Monitor* follower : std::vector(motionFollowers_)) {
-        if (std::ranges::count(motionFollowers_, follower)) {
-            follower->callback(eventFlags);
-        }
-    }
+    const auto report = [eventFlags](PointerMovedCallback& callback) { callback(eventFlags); };
+    forEachRegistered(monitors_, report);
+    forEachRegistered(motionFollowers_, report);
 }
 
 void FakeDesktop::movePointer(Point p, std::optional<std::uint64_t> flags) {
@@ -423,13 +267,10 @@ void FakeDesktop::dragPointer(Point p, std::optional<std::uint64_t> flags) {
 // The notice arrives even though the tap is now disabled: it is what tells the owner to switch
 // the tap back on.
 void FakeDesktop::interruptEventTap() {
-    for (Tap* tap : std::vector(taps_)) {
-        if (!std::ranges::count(taps_, tap)) {
-            continue;
-        }
-        tap->enabled = false;
-        tap->callback({InputEventType::tapDisabledByTimeout, flags_, pointer()});
-    }
+    forEachRegistered(taps_, [this](Tap& tap) {
+        tap.enabled = false;
+        tap.callback({InputEventType::tapDisabledByTimeout, flags_, pointer()});
+    });
 }
 
 void FakeDesktop::disableEventTapSilently() {
@@ -443,15 +284,11 @@ std::unique_ptr<EventTap> FakeDesktop::createEventTap(EventCallback callback) {
         return nullptr;
     }
     ++tapsCreated;
-    auto tap = std::make_unique<Tap>(Tap{taps_, std::move(callback), true, false, false});
-    taps_.push_back(tap.get());
-    return std::make_unique<FakeEventTap>(std::move(tap));
+    return std::make_unique<FakeEventTap>(taps_, std::move(callback));
 }
 
 std::unique_ptr<MonitorToken> FakeDesktop::addPointerMovedMonitor(PointerMovedCallback callback) {
-    auto monitor = std::make_unique<Monitor>(Monitor{monitors_, std::move(callback)});
-    monitors_.push_back(monitor.get());
-    return std::make_unique<FakeMonitorToken>(std::move(monitor));
+    return std::make_unique<FakeMonitorToken>(monitors_, std::move(callback));
 }
 
 // Offered together with sampling, as a desktop that can read the pointer from any thread can
@@ -460,27 +297,9 @@ std::unique_ptr<MonitorToken> FakeDesktop::followPointerMotion(std::function<voi
     if (!pointerSamplingOffered) {
         return nullptr;
     }
-    auto follower = std::make_unique<Monitor>(
-        Monitor{motionFollowers_, [moved = std::move(moved)](std::uint64_t) { moved(); }});
-    motionFollowers_.push_back(follower.get());
-    return std::make_unique<FakeMonitorToken>(std::move(follower));
+    return std::make_unique<FakeMonitorToken>(
+        motionFollowers_, [moved = std::move(moved)](std::uint64_t) { moved(); });
 }
-
-namespace {
-
-WindowDescription describe(const FakeDesktop::WindowTable::Entry& entry) {
-    WindowDescription d;
-    d.windowNumber = entry.number;
-    d.ownerPid = entry.window.pid;
-    d.layer = entry.window.layer;
-    d.applicationIdentifier = entry.window.identifier;
-    if (entry.window.boundsKnown) {
-        d.bounds = entry.window.frame;
-    }
-    return d;
-}
-
-}  // namespace
 
 std::optional<WindowDescription> FakeDesktop::windowAt(Point point) {
     if (!windowServerAvailable) {
@@ -515,8 +334,7 @@ std::optional<std::vector<std::shared_ptr<WindowHandle>>> FakeDesktop::windowsOf
     std::vector<std::shared_ptr<WindowHandle>> handles;
     for (const auto& entry : table_->windows) {
         if (entry.window.pid == pid && entry.window.hasHandle) {
-            handles.push_back(
-                std::make_shared<FakeWindowHandle>(table_, entry.number, entry.window.numberKnown));
+            handles.push_back(WindowTable::handleTo(table_, entry));
         }
     }
     return handles;
@@ -529,6 +347,7 @@ std::optional<bool> FakeDesktop::applicationAttribute(std::int32_t pid, std::str
     return found == attributes.end() ? std::nullopt : std::optional(found->second);
 }
 
+// Only an attribute the application has can be set, as with a real one.
 bool FakeDesktop::setApplicationAttribute(std::int32_t pid, std::string_view name, bool value) {
     std::lock_guard lock(table_->mutex);
     auto& attributes = table_->attributes[pid];
@@ -558,11 +377,6 @@ std::optional<ApplicationIcon> FakeDesktop::iconOfInstalledApplication(
     const std::string& identifier) {
     const auto found = installed_.find(identifier);
     return found == installed_.end() ? std::nullopt : std::optional(found->second);
-}
-
-bool FakeDesktop::activate(std::int32_t pid) {
-    activatedPids.push_back(pid);
-    return true;
 }
 
 std::unique_ptr<Timer> FakeDesktop::scheduleRepeating(std::chrono::milliseconds period,

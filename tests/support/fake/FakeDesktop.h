@@ -83,9 +83,8 @@ class FakeDesktop final : public InputService,
         enum class Kind { position, size, raise, makeMain, maximized };
         std::uint32_t window = 0;
         Kind kind = Kind::position;
-        Point point;        // for position
-        Size size;          // for size
-        WindowState state;  // for maximized: the axes asked for
+        Point point;  // for position
+        Size size;    // for size
         std::uint64_t sequence = 0;
     };
     struct AttributeWrite {
@@ -136,7 +135,9 @@ class FakeDesktop final : public InputService,
 
     // Applications and their attributes (the "enhanced user interface" switch)
     void setAttribute(std::int32_t pid, const std::string& name, std::optional<bool> value);
-    void addApplication(const RunningApplication& application);
+    void addApplication(const RunningApplication& application) {
+        applications_[application.pid] = application;
+    }
     void installApplication(const std::string& identifier, const ApplicationIcon& icon) {
         installed_[identifier] = icon;
     }
@@ -197,7 +198,10 @@ class FakeDesktop final : public InputService,
     std::optional<std::string> identifierOfProcess(std::int32_t pid) override;
     std::optional<ApplicationIcon> iconOfInstalledApplication(
         const std::string& identifier) override;
-    bool activate(std::int32_t pid) override;
+    bool activate(std::int32_t pid) override {
+        activatedPids.push_back(pid);
+        return true;
+    }
     // DisplayService
     std::vector<DisplayInfo> displays() override { return displays_; }
     // GrantService
@@ -220,8 +224,12 @@ class FakeDesktop final : public InputService,
     // SerialQueueFactory
     std::unique_ptr<SerialQueue> createSerialQueue(const char* label) override;
 
-    struct Tap;
-    struct Monitor;
+    struct Tap {
+        EventCallback callback;
+        bool enabled = true;  // as a tap installed by the real backend, it delivers at once
+        bool motionWanted = false;
+        bool cancelKeyCaptured = false;
+    };
     struct WindowTable;
 
   private:
@@ -236,8 +244,8 @@ class FakeDesktop final : public InputService,
     std::map<std::int32_t, RunningApplication> applications_;
     std::map<std::string, ApplicationIcon> installed_;
     std::vector<Tap*> taps_;
-    std::vector<Monitor*> monitors_;
-    std::vector<Monitor*> motionFollowers_;
+    std::vector<PointerMovedCallback*> monitors_;
+    std::vector<PointerMovedCallback*> motionFollowers_;
     mutable std::mutex pointerMutex_;  // the pointer is also sampled from background threads
     Point pointer_;
     std::atomic<std::size_t> pointerSamples_{0};
