@@ -27,15 +27,17 @@ class WindowsTest : public X11PlatformTest {
         return std::nullopt;
     }
 
-    std::shared_ptr<WindowHandle> handleOf(const TestClient& client) {
-        for (const auto& handle : platform_->windowControl()
-                                      .windowsOfProcess(client.pid)
-                                      .value_or(std::vector<std::shared_ptr<WindowHandle>>{})) {
-            if (handle->windowNumber() == client.window) {
+    std::shared_ptr<WindowHandle> handleOf(std::int32_t pid, WindowId window) {
+        for (const auto& handle : platform_->windowControl().windowsOfProcess(pid).value_or(
+                 std::vector<std::shared_ptr<WindowHandle>>{})) {
+            if (handle->windowNumber() == window) {
                 return handle;
             }
         }
         return nullptr;
+    }
+    std::shared_ptr<WindowHandle> handleOf(const TestClient& client) {
+        return handleOf(client.pid, client.window);
     }
 
     bool frameBecomes(WindowId window, Rect expected) {
@@ -166,19 +168,6 @@ TEST_F(WindowsTest, PositionAndSizeLandTheOuterFrameToThePixel) {
     EXPECT_EQ(handle->isSizeSettable(), true);
 }
 
-TEST_F(WindowsTest, RaiseAndMakeMainLeaveTheFocusWhereItWas) {
-    TestClient& back = desktop().startXlogo(100, 100, 300, 200);
-    TestClient& front = desktop().startXlogo(200, 150, 300, 200);
-    ASSERT_TRUE(waitUntil([&] { return probe().focusedClient() == front.window; }));
-    auto handle = handleOf(back);
-    ASSERT_TRUE(handle->raise());
-    ASSERT_TRUE(handle->makeMain());
-    EXPECT_TRUE(waitUntil([&] { return probe().isAbove(back.window, front.window); }));
-    processEventsFor(std::chrono::milliseconds(150));  // past the raise's own follow-up
-    EXPECT_EQ(probe().focusedClient(), front.window);
-    EXPECT_EQ(probe().activeWindow(), front.window);
-}
-
 TEST_F(WindowsTest, AVanishedWindowAnswersSoftly) {
     TestClient& logo = desktop().startXlogo(100, 80, 200, 150);
     auto handle = handleOf(logo);
@@ -232,24 +221,6 @@ class WithoutWindowManagerTest : public WindowsTest {
     X11Desktop::Options desktopOptions() const override { return {1280, 800, WindowManager::none}; }
 };
 
-TEST_F(WithoutWindowManagerTest, WindowsAreMovedResizedAndRaisedDirectly) {
-    TestClient& back = desktop().startXlogo(100, 100, 300, 200);
-    TestClient& front = desktop().startXlogo(200, 150, 300, 200);
-    ASSERT_TRUE(probe().isAbove(front.window, back.window));
-    EXPECT_EQ(server().windowAt({150, 120})->windowNumber, back.window);
-    auto handle = handleOf(back);
-    ASSERT_NE(handle, nullptr);
-    EXPECT_EQ(handle->position(), probe().frameGeometry(back.window)->origin());
-    ASSERT_TRUE(handle->setPosition({40, 30}));
-    ASSERT_TRUE(handle->setSize({250, 180}));
-    EXPECT_TRUE(frameBecomes(back.window, {40, 30, 250, 180}));
-    const auto focusBefore = probe().focusedClient();
-    ASSERT_TRUE(handle->raise());
-    ASSERT_TRUE(handle->makeMain());
-    EXPECT_TRUE(probe().isAbove(back.window, front.window));
-    EXPECT_EQ(probe().focusedClient(), focusBefore);
-}
-
 // A window manager moves and resizes its frame first and the client inside a moment later. A
 // read in between must give the frame the user sees, not the client's old size around it.
 TEST_F(WithoutWindowManagerTest, AFrameResizedBeforeItsClientIsReadAsTheFrameShowsIt) {
@@ -278,13 +249,7 @@ TEST_F(WithoutWindowManagerTest, AFrameResizedBeforeItsClientIsReadAsTheFrameSho
                          shrunk.data());
     ASSERT_TRUE(frameBecomes(client, {600, 350, 50, 50}));
 
-    std::shared_ptr<WindowHandle> handle;
-    for (const auto& candidate : platform_->windowControl().windowsOfProcess(getpid()).value_or(
-             std::vector<std::shared_ptr<WindowHandle>>{})) {
-        if (candidate->windowNumber() == client) {
-            handle = candidate;
-        }
-    }
+    const std::shared_ptr<WindowHandle> handle = handleOf(getpid(), client);
     ASSERT_NE(handle, nullptr);
     EXPECT_EQ(handle->position(), (Point{600, 350}));
     EXPECT_EQ(handle->size(), (Size{50, 50}));
