@@ -74,16 +74,8 @@ TEST_F(TwoMonitorTest, ComePrimaryFirstAndADockStrutShrinksOnlyTheMonitorItTouch
     desktop().setMonitors({{0, 100, 1280, 600}, {1280, 0, 1280, 800}}, 1);
     // A 30-pixel panel along the top of the left monitor: its strut reserves the root's top 130
     // rows, but only across the left monitor's columns. And one along the bottom of the primary.
-    StrutPartial top;
-    top.top = 130;
-    top.topStartX = 0;
-    top.topEndX = 1279;
-    desktop().createDock(0, 100, 1280, 30, top);
-    StrutPartial bottom;
-    bottom.bottom = 30;
-    bottom.bottomStartX = 1280;
-    bottom.bottomEndX = 2559;
-    desktop().createDock(1280, 770, 1280, 30, bottom);
+    desktop().createDock(0, 100, 1280, 30, strutAlong(Edge::top, 130, 0, 1279));
+    desktop().createDock(1280, 770, 1280, 30, strutAlong(Edge::bottom, 30, 1280, 2559));
 
     std::vector<DisplayInfo> displays = platform_->displays().displays();
     ASSERT_EQ(displays.size(), 2u);
@@ -122,21 +114,9 @@ class MonitorsOfTwoSizesTest : public X11PlatformTest {
 
 TEST_F(MonitorsOfTwoSizesTest, DocksOnTheSecondaryMonitorShrinkItAndStrutsCountFromTheRoot) {
     // The primary's bottom panel ends 280 rows above the root's bottom, which its strut includes.
-    StrutPartial primaryBottom;
-    primaryBottom.bottom = 310;
-    primaryBottom.bottomStartX = 0;
-    primaryBottom.bottomEndX = 1279;
-    desktop().createDock(0, 770, 1280, 30, primaryBottom);
-    StrutPartial secondaryBottom;
-    secondaryBottom.bottom = 30;
-    secondaryBottom.bottomStartX = 1280;
-    secondaryBottom.bottomEndX = 3199;
-    desktop().createDock(1280, 1050, 1920, 30, secondaryBottom);
-    StrutPartial secondaryRight;
-    secondaryRight.right = 40;
-    secondaryRight.rightStartY = 0;
-    secondaryRight.rightEndY = 1049;
-    desktop().createDock(3160, 0, 40, 1050, secondaryRight);
+    desktop().createDock(0, 770, 1280, 30, strutAlong(Edge::bottom, 310, 0, 1279));
+    desktop().createDock(1280, 1050, 1920, 30, strutAlong(Edge::bottom, 30, 1280, 3199));
+    desktop().createDock(3160, 0, 40, 1050, strutAlong(Edge::right, 40, 0, 1049));
 
     const std::vector<DisplayInfo> displays = platform_->displays().displays();
     ASSERT_EQ(displays.size(), 2u);
@@ -148,32 +128,18 @@ TEST_F(MonitorsOfTwoSizesTest, DocksOnTheSecondaryMonitorShrinkItAndStrutsCountF
 
 TEST_F(MonitorsOfTwoSizesTest, ADockOnTheEdgeBetweenMonitorsShrinksOnlyTheMonitorItIsOn) {
     // Measured from the root's edges, each of these struts spans the whole other monitor.
-    StrutPartial primaryRight;
-    primaryRight.right = 1960;
-    primaryRight.rightStartY = 0;
-    primaryRight.rightEndY = 799;
-    const WindowId first = desktop().createDock(1240, 0, 40, 800, primaryRight);
-    StrutPartial secondaryLeft;
-    secondaryLeft.left = 1320;
-    secondaryLeft.leftStartY = 0;
-    secondaryLeft.leftEndY = 1079;
-    const WindowId second = desktop().createDock(1280, 0, 40, 1080, secondaryLeft);
+    const WindowId first =
+        desktop().createDock(1240, 0, 40, 800, strutAlong(Edge::right, 1960, 0, 799));
+    const WindowId second =
+        desktop().createDock(1280, 0, 40, 1080, strutAlong(Edge::left, 1320, 0, 1079));
     EXPECT_EQ(usableInRoot(), (std::vector<Rect>{{0, 0, 1240, 800}, {1320, 0, 1880, 1080}}));
 
     // The same across a horizontal edge: a wide monitor above a narrower one.
     desktop().destroyWindow(first);
     desktop().destroyWindow(second);
     desktop().setMonitors({{0, 0, 1920, 540}, {0, 540, 1280, 540}});
-    StrutPartial upperBottom;
-    upperBottom.bottom = 570;
-    upperBottom.bottomStartX = 0;
-    upperBottom.bottomEndX = 1919;
-    desktop().createDock(0, 510, 1920, 30, upperBottom);
-    StrutPartial lowerTop;
-    lowerTop.top = 570;
-    lowerTop.topStartX = 0;
-    lowerTop.topEndX = 1279;
-    desktop().createDock(0, 540, 1280, 30, lowerTop);
+    desktop().createDock(0, 510, 1920, 30, strutAlong(Edge::bottom, 570, 0, 1919));
+    desktop().createDock(0, 540, 1280, 30, strutAlong(Edge::top, 570, 0, 1279));
     EXPECT_EQ(usableInRoot(), (std::vector<Rect>{{0, 0, 1920, 510}, {0, 570, 1280, 510}}));
 }
 

@@ -1,8 +1,38 @@
 #pragma once
 
+#include <cstdint>
+
 #include "x11/X11DesktopTest.h"
 
 namespace gf::test {
+
+enum class Edge { left, right, top, bottom };
+
+// A dock's strut: `size` pixels reserved from one edge of the root, over [first, last] along it.
+inline StrutPartial strutAlong(Edge edge, std::uint32_t size, std::uint32_t first,
+                               std::uint32_t last) {
+    StrutPartial strut;
+    auto reserve = [&](std::uint32_t& width, std::uint32_t& start, std::uint32_t& end) {
+        width = size;
+        start = first;
+        end = last;
+    };
+    switch (edge) {
+        case Edge::left:
+            reserve(strut.left, strut.leftStartY, strut.leftEndY);
+            break;
+        case Edge::right:
+            reserve(strut.right, strut.rightStartY, strut.rightEndY);
+            break;
+        case Edge::top:
+            reserve(strut.top, strut.topStartX, strut.topEndX);
+            break;
+        case Edge::bottom:
+            reserve(strut.bottom, strut.bottomStartX, strut.bottomEndX);
+            break;
+    }
+    return strut;
+}
 
 // The X11 backend connected to a private desktop of its own.
 class X11PlatformTest : public X11DesktopTest {
