@@ -1,71 +1,17 @@
 #include <gtest/gtest.h>
 
-#include <QTemporaryDir>
 #include <cmath>
 #include <limits>
 #include <utility>
 
-#include "engine/DragSession.h"
-#include "engine/WindowLocation.h"
-#include "fake/FakeDesktop.h"
-#include "model/Settings.h"
+#include "DragSessionTest.h"
 
 namespace gf::test {
 namespace {
 
 using namespace std::chrono_literals;
-using Kind = FakeDesktop::Write::Kind;
-using Window = FakeDesktop::Window;
 
 constexpr auto enhancedUI = DragSession::enhancedUserInterfaceAttribute;
-
-std::vector<Kind> kindsOf(const std::vector<FakeDesktop::Write>& writes) {
-    std::vector<Kind> kinds;
-    for (const auto& w : writes) {
-        kinds.push_back(w.kind);
-    }
-    return kinds;
-}
-
-class DragSessionTest : public ::testing::Test {
-  protected:
-    DragSessionTest() {
-        settings.setMagneticsEnabled(false);
-        window = desktop.addWindow(Window::at({100, 100, 400, 300}, pid));
-        other = desktop.addWindow(Window::at({900, 500, 300, 200}, 99));
-        // The move keys are held, and the main thread saw them pressed.
-        desktop.holdModifiersSilently(ModifierFlag::control | ModifierFlag::command);
-        session.noteModifiers(ModifierFlag::control | ModifierFlag::command);
-    }
-
-    std::shared_ptr<WindowHandle> handle(std::uint32_t number = 0) {
-        return findWindowHandle(platform.windowControl, pid, number ? number : window);
-    }
-    // Begins, and lets the first tick (due at once) pass, so that every
-    // pointerTo() below runs exactly one tick.
-    void startMove(Point mouse, std::uint32_t number = 0) {
-        session.beginMove(handle(number), pid, mouse);
-        desktop.runPendingQueueWork();
-    }
-    void startResize(Point mouse, std::uint32_t number = 0) {
-        session.beginResize(handle(number), pid, mouse);
-        desktop.runPendingQueueWork();
-    }
-    // Moves the pointer and lets one tick apply it.
-    void pointerTo(Point p) {
-        session.setLatestMouse(p);
-        desktop.advance(8ms);
-    }
-
-    static constexpr std::int32_t pid = 7;
-    QTemporaryDir dir;
-    Settings settings{dir.filePath("settings.conf")};
-    FakeDesktop desktop;
-    Platform platform = desktop.platform();
-    DragSession session{settings, platform};
-    std::uint32_t window = 0;
-    std::uint32_t other = 0;
-};
 
 TEST_F(DragSessionTest, MoveFollowsTheTotalDisplacementAndRaisesOnlyOnceMoved) {
     startMove({200, 200});
@@ -175,7 +121,18 @@ TEST_F(DragSessionTest, EnhancedInterfaceIsSwitchedOffForTheGestureAndRestoredBe
     EXPECT_TRUE(desktop.attributeWrites().empty());
 }
 
-TEST_F(DragSessionTest, MoveDeclinesWithoutAPositionAndGoesOnWithoutASize) {
+TEST_F(DragSessionTest, DeclinesFullscreenWindowsAndWithoutAPositionGoesOnWithoutASize) {
+    // Neither moved nor resized nor raised.
+    const std::uint32_t video =
+        desktop.addWindow(Window::at({0, 0, 1440, 900}, pid).withFullscreen());
+    desktop.clearWrites();
+    startMove({700, 400}, video);
+    EXPECT_FALSE(session.isDragging());
+    startResize({700, 400}, video);
+    EXPECT_FALSE(session.isResizing());
+    pointerTo({800, 500});
+    EXPECT_TRUE(desktop.writes().empty());
+
     desktop.setGeometryReadable(window, false, true);
     startMove({200, 200});
     EXPECT_FALSE(session.isDragging());
@@ -347,110 +304,6 @@ TEST_F(DragSessionTest, ACancelPutsTheFrameBackBehindTheLastTickAndOnlyWhenItCha
     session.cancel();
     desktop.runPendingQueueWork();
     EXPECT_EQ(desktop.frameOf(other), (Rect{900, 500, 300, 200}));
-}
-
-TEST_F(DragSessionTest, FullscreenWindowsAreNeitherMovedNorResizedNorRaised) {
-    const std::uint32_t video =
-        desktop.addWindow(Window::at({0, 0, 1440, 900}, pid).withFullscreen());
-    desktop.clearWrites();
-    startMove({700, 400}, video);
-    EXPECT_FALSE(session.isDragging());
-    startResize({700, 400}, video);
-    EXPECT_FALSE(session.isResizing());
-    pointerTo({800, 500});
-    EXPECT_TRUE(desktop.writes().empty());
-}
-
-// The fake window manager maximizes to the usable area (0, 25, 1440, 875).
-class MaximizedDragSessionTest : public DragSessionTest {
-  protected:
-    std::uint32_t maximized(Rect restored, bool horizontally = true, bool vertically = true) {
-        const Rect frame{horizontally ? 0 : restored.x, vertically ? 25 : restored.y,
-                         horizontally ? 1440 : restored.width, vertically ? 875 : restored.height};
-        return desktop.addWindow(
-            Window::at(frame, pid).withMaximized(restored, horizontally, vertically));
-    }
-    std::vector<Kind> positionAndSizeWrites() const {
-        std::vector<Kind> kinds;
-        for (const Kind kind : kindsOf(desktop.writes())) {
-            if (kind == Kind::position || kind == Kind::size) {
-                kinds.push_back(kind);
-            }
-        }
-        return kinds;
-    }
-};
-
-TEST_F(MaximizedDragSessionTest, AMoveWaitsForTheRestoredSizeAndKeepsThePointerOnItsSpot) {
-    const std::uint32_t editor = maximized({200, 150, 400, 300});
-    desktop.setStateChangesDeferred(true);
-    // Half way across, a fifth of the way down.
-    startMove({720, 200}, editor);
-    pointerTo({730, 210});
-    desktop.advance(40ms);
-    EXPECT_TRUE(positionAndSizeWrites().empty()) << "the window manager has not restored it yet";
-    EXPECT_TRUE(desktop.stateOf(editor).isMaximized());
-
-    // Some window managers give back the decorations a moment before the size.
-    desktop.carryOutStateChanges();
-    desktop.placeWindow(editor, {0, 25, 1442, 881});
-    desktop.advance(8ms);
-    desktop.placeWindow(editor, {200, 150, 400, 300});
-    EXPECT_TRUE(positionAndSizeWrites().empty()) << "taken in the middle of the restore";
-    desktop.advance(16ms);
-    EXPECT_EQ(desktop.frameOf(editor), (Rect{530, 150, 400, 300}));
-    pointerTo({830, 260});
-    EXPECT_EQ(desktop.frameOf(editor), (Rect{630, 200, 400, 300}));
-
-    // A cancel maximizes it again, and leaving that state later gives the same restored frame.
-    desktop.setStateChangesDeferred(false);
-    session.cancel();
-    desktop.runPendingQueueWork();
-    EXPECT_EQ(desktop.frameOf(editor), (Rect{0, 25, 1440, 875}));
-    EXPECT_TRUE(desktop.stateOf(editor).maximizedVertically);
-    EXPECT_TRUE(desktop.stateOf(editor).maximizedHorizontally);
-    startMove({720, 200}, editor);
-    pointerTo({720, 201});
-    pointerTo({720, 201});
-    pointerTo({720, 201});
-    EXPECT_EQ(desktop.frameOf(editor), (Rect{520, 141, 400, 300}));
-    session.end();
-}
-
-TEST_F(MaximizedDragSessionTest, OnlyTheMaximizedAxisIsRestoredAndMagneticsStillApply) {
-    settings.setMagneticsEnabled(true);
-    const std::uint32_t tall = maximized({300, 150, 400, 300}, false, true);
-    startMove({500, 200}, tall);
-    pointerTo({530, 230});
-    pointerTo({530, 230});
-    pointerTo({530, 230});
-    EXPECT_EQ(desktop.frameOf(tall), (Rect{330, 170, 400, 300}));
-    // The top edge 5 below the usable area's top: it snaps there.
-    pointerTo({530, 90});
-    EXPECT_EQ(desktop.frameOf(tall), (Rect{330, 25, 400, 300}));
-    session.end();
-}
-
-TEST_F(MaximizedDragSessionTest, AResizeGoesOnFromTheMaximizedFrame) {
-    const std::uint32_t editor = maximized({200, 150, 400, 300});
-    startResize({1400, 850}, editor);
-    pointerTo({1300, 800});
-    pointerTo({1300, 800});
-    pointerTo({1300, 800});
-    EXPECT_FALSE(desktop.stateOf(editor).isMaximized());
-    EXPECT_EQ(desktop.frameOf(editor), (Rect{0, 25, 1340, 825}));
-    session.end();
-}
-
-TEST_F(MaximizedDragSessionTest, AFrameThatStaysAsLargeIsTakenAsRestoredAfterAWhile) {
-    const std::uint32_t editor = maximized({0, 25, 1440, 875});
-    startMove({720, 200}, editor);
-    pointerTo({730, 200});
-    desktop.advance(40ms);
-    EXPECT_TRUE(positionAndSizeWrites().empty());
-    desktop.advance(200ms);
-    EXPECT_EQ(desktop.frameOf(editor), (Rect{10, 25, 1440, 875}));
-    session.end();
 }
 
 TEST(DragSessionGeometryTest, ResizedFramesKeepTheOppositeCornerAndRespectMinimumAndDisplay) {
