@@ -65,22 +65,5 @@ TEST_F(ModifierKeyPickerTest, FollowsChangesMadeElsewhereWithoutWritingBack) {
     EXPECT_EQ(changes.count(), 2);
 }
 
-// Saved with fn by another build: shown and edited with the keys that are left.
-TEST_F(ModifierKeyPickerTest, StoredSetWithFnIsShownAndEditedWithoutIt) {
-    const QString path = settingsPath() + QStringLiteral(".stored");
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(R"conf([General]
-moveModifiers="@ByteArray({\"keys\":[{\"name\":\"fn\"},{\"name\":\"shift\"}]})"
-)conf");
-    file.close();
-    Settings stored(path);
-    ModifierKeyPicker picker(QString(), stored, property::moveModifiers);
-    EXPECT_TRUE(picker.checkBox(shift).isChecked());
-    EXPECT_FALSE(picker.checkBox(control).isChecked());
-    picker.checkBox(control).click();
-    EXPECT_EQ(stored.moveModifiers(), (ModifierKeySet{shift, control}));
-}
-
 }  // namespace
 }  // namespace gf::test

@@ -12,20 +12,15 @@
 namespace gf::test {
 namespace {
 
-TEST(SettingsTabTest, EachTabIsKnownByItsExactTitle) {
-    for (SettingsTab tab : allSettingsTabs) {
-        EXPECT_EQ(settingsTabFromTitle(titleOf(tab)), tab);
-        EXPECT_FALSE(iconOf(tab, Qt::white, 18).isNull());
-    }
-    EXPECT_EQ(settingsTabFromTitle(QStringLiteral("general")), std::nullopt);
-}
-
 using SettingsWindowTest = UiTest;
 
 TEST_F(SettingsWindowTest, OpensOnGeneralAndMakesEachTabAfreshWhenSelected) {
     SettingsWindow window(settings(), appState());
     window.show();
     EXPECT_EQ(window.sidebar().currentRow(), 0);
+    for (int row = 0; row < window.sidebar().count(); ++row) {
+        EXPECT_FALSE(window.sidebar().item(row)->icon().isNull()) << row;
+    }
     auto* general = qobject_cast<GeneralSettingsView*>(&window.detailView());
     ASSERT_NE(general, nullptr);
     general->showStatusMenuToggle().click();
