@@ -184,10 +184,8 @@ TEST_F(ApplicationRegistryTest, NamesAndIconsComeFromDesktopEntriesElseFromTheWi
     TestClient& logo = desktop().startXlogo(100, 80, 200, 150);
     TestClient& terminal = desktop().startXterm(500, 300, 40, 10);
     // The test process's own application: only a utility window, with icons.
-    TestWindowOptions palette;
-    palette.x = 900;
-    palette.type = "_NET_WM_WINDOW_TYPE_UTILITY";
-    const WindowId paletteWindow = desktop().createWindow(palette);
+    const WindowId paletteWindow =
+        desktop().createWindow(windowAt(900, 0, "_NET_WM_WINDOW_TYPE_UTILITY"));
     std::vector<std::uint32_t> icons{2, 2};
     icons.insert(icons.end(), 4, 0xff0000ff);
     icons.insert(icons.end(), {4, 4});
@@ -226,14 +224,8 @@ TEST_F(ApplicationRegistryTest, NamesAndIconsComeFromDesktopEntriesElseFromTheWi
 }
 
 TEST_F(PlatformTest, ActivationFocusesTheTopWindowAndRaisesTheOthers) {
-    TestWindowOptions first;
-    first.x = 100;
-    first.y = 100;
-    const WindowId lower = desktop().createWindow(first);
-    TestWindowOptions second;
-    second.x = 150;
-    second.y = 150;
-    const WindowId upper = desktop().createWindow(second);
+    const WindowId lower = desktop().createWindow(windowAt(100, 100));
+    const WindowId upper = desktop().createWindow(windowAt(150, 150));
     TestClient& logo = desktop().startXlogo(120, 120, 400, 300);
     ASSERT_TRUE(waitUntil([&] { return probe().focusedClient() == logo.window; }));
 

@@ -76,33 +76,19 @@ TEST_F(WindowsTest, WindowAtGivesTheClientUnderThePointerWithItsOuterFrameInStac
 
 TEST_F(WindowsTest, LayersFollowTheWindowTypesAndTheListLooksBelowADock) {
     TestClient& logo = desktop().startXlogo(100, 80, 400, 300);
-    TestWindowOptions utility;
-    utility.x = 600;
-    utility.type = "_NET_WM_WINDOW_TYPE_UTILITY";
-    const WindowId utilityWindow = desktop().createWindow(utility);
-    TestWindowOptions above;
-    above.x = 600;
-    above.y = 300;
+    const WindowId utilityWindow =
+        desktop().createWindow(windowAt(600, 0, "_NET_WM_WINDOW_TYPE_UTILITY"));
+    TestWindowOptions above = windowAt(600, 300);
     above.states = {"_NET_WM_STATE_ABOVE"};
     const WindowId aboveWindow = desktop().createWindow(above);
-    TestWindowOptions background;
-    background.width = 1280;
-    background.height = 800;
-    background.type = "_NET_WM_WINDOW_TYPE_DESKTOP";
-    const WindowId backgroundWindow = desktop().createWindow(background);
-    TestWindowOptions menu;
-    menu.x = 800;
-    menu.y = 400;
+    const WindowId backgroundWindow =
+        desktop().createWindow(windowAt(0, 0, "_NET_WM_WINDOW_TYPE_DESKTOP", 1280, 800));
+    TestWindowOptions menu = windowAt(800, 400);
     menu.overrideRedirect = true;
     const WindowId menuWindow = desktop().createWindow(menu);
     // A panel across the logo window, without a strut so nothing moves away.
-    TestWindowOptions panel;
-    panel.x = 50;
-    panel.y = 150;
-    panel.width = 600;
-    panel.height = 40;
-    panel.type = "_NET_WM_WINDOW_TYPE_DOCK";
-    const WindowId dock = desktop().createWindow(panel);
+    const WindowId dock =
+        desktop().createWindow(windowAt(50, 150, "_NET_WM_WINDOW_TYPE_DOCK", 600, 40));
 
     EXPECT_EQ(listed(logo.window)->layer, WindowLayer::normal);
     EXPECT_EQ(listed(utilityWindow)->layer, WindowLayer::floating);
@@ -157,8 +143,7 @@ TEST_F(WindowsTest, PositionAndSizeLandTheOuterFrameToThePixel) {
     EXPECT_TRUE(frameBecomes(logo.window, {140, 120, 260, 190}));
     EXPECT_EQ(handle->size(), (Size{260, 190}));
 
-    TestWindowOptions fixed;
-    fixed.x = 500;
+    TestWindowOptions fixed = windowAt(500, 0);
     fixed.fixedSize = true;
     const WindowId fixedWindow = desktop().createWindow(fixed);
     auto handles = platform_->windowControl().windowsOfProcess(getpid());
@@ -225,12 +210,7 @@ class WithoutWindowManagerTest : public WindowsTest {
 // read in between must give the frame the user sees, not the client's old size around it.
 TEST_F(WithoutWindowManagerTest, AFrameResizedBeforeItsClientIsReadAsTheFrameShowsIt) {
     xcb_connection_t* c = desktop().connection();
-    TestWindowOptions options;
-    options.x = 601;
-    options.y = 370;
-    options.width = 300;
-    options.height = 200;
-    const WindowId client = desktop().createWindow(options);
+    const WindowId client = desktop().createWindow(windowAt(601, 370, {}, 300, 200));
     // Frame it as openbox would: a border of 1, a title bar of 19 and a bottom handle of 5.
     const xcb_window_t frame = xcb_generate_id(c);
     xcb_create_window(c, XCB_COPY_FROM_PARENT, frame, desktop().root(), 600, 350, 302, 225, 0,

@@ -1,10 +1,24 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
+#include <utility>
 
 #include "x11/X11DesktopTest.h"
 
 namespace gf::test {
+
+// A window of the test's own with its outer frame at (x, y), of an EWMH type when one is named.
+inline TestWindowOptions windowAt(int x, int y, std::string type = {}, int width = 200,
+                                  int height = 150) {
+    TestWindowOptions options;
+    options.x = x;
+    options.y = y;
+    options.width = width;
+    options.height = height;
+    options.type = std::move(type);
+    return options;
+}
 
 enum class Edge { left, right, top, bottom };
 
