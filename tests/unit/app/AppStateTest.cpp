@@ -209,21 +209,27 @@ TEST_F(AppStateTest, MissingTrayOpensTheSettingsWindowAndSaysWhyUnlessItComesSoo
     EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 1);
 }
 
-// The first run's wizard is a window of its own; without a tray, Finish leads to Settings as a
-// later launch would.
-TEST_F(AppStateTest, FinishingTheWizardWithoutATrayOpensTheSettingsWindow) {
+// The first run's wizard is a window of its own; Finish records the setup, closes it, starts the
+// engine and, without a tray, leads to Settings as a later launch would.
+TEST_F(AppStateTest, FinishingTheWizardStartsTheEngineAndWithoutATrayOpensTheSettingsWindow) {
     settings().setHasCompletedSetup(false);
     trayAvailable = false;
     testing::internal::CaptureStdout();
     AppState& state = launch();
     desktop().advance(10s);
     EXPECT_EQ(state.settingsWindow(), nullptr);
-    auto* wizard = state.setupWizardWindow()->findChild<SetupWizardView*>();
+    QPointer<QWidget> window = state.setupWizardWindow();
+    auto* wizard = window->findChild<SetupWizardView*>();
     ASSERT_NE(wizard, nullptr);
     for (int step = 0; step < 4; ++step) {
         qobject_cast<WizardPage*>(&wizard->page())->button().click();
     }
     ASSERT_TRUE(settings().hasCompletedSetup());
+    EXPECT_EQ(state.setupWizardWindow(), nullptr);
+    EXPECT_TRUE(desktop().hasEventTap());
+    EXPECT_TRUE(state.hasPermission());
+    processEvents();
+    EXPECT_TRUE(window.isNull());
     desktop().advance(AppState::trayWaitLimit);
     const std::string output = testing::internal::GetCapturedStdout();
     ASSERT_NE(state.settingsWindow(), nullptr);

@@ -1,5 +1,3 @@
-#include <QPointer>
-
 #include "UiTestFixture.h"
 #include "UrlRecorder.h"
 #include "platform/x11/X11GrantService.h"
@@ -154,31 +152,6 @@ TEST_F(SetupWizardViewTest, PollRunsExactlyWhileThePermissionsPageIsShown) {
     permissions.button().click();
     EXPECT_EQ(wizard().step(), 2);
     EXPECT_EQ(desktop().scheduledCount(), 0u);
-}
-
-TEST_F(SetupWizardViewTest, FinishRecordsSetupClosesTheWizardAndStartsTheEngine) {
-    settings().setShowMenuBarIcon(false);
-    appState().setup();  // first run: the wizard window
-    QPointer<QWidget> window = appState().setupWizardWindow();
-    ASSERT_FALSE(window.isNull());
-    auto* view = window->findChild<SetupWizardView*>();
-    ASSERT_NE(view, nullptr);
-    EXPECT_FALSE(desktop().hasEventTap());
-
-    for (int step = 0; step < 3; ++step) {
-        qobject_cast<WizardPage*>(&view->page())->button().click();
-    }
-    ASSERT_EQ(view->step(), 3);
-    qobject_cast<WizardPage*>(&view->page())->button().click();
-
-    EXPECT_TRUE(settings().hasCompletedSetup());
-    EXPECT_EQ(appState().setupWizardWindow(), nullptr);
-    EXPECT_TRUE(desktop().hasEventTap());
-    EXPECT_TRUE(appState().hasPermission());
-    // With the tray item hidden, the normal path opens Settings.
-    EXPECT_NE(appState().settingsWindow(), nullptr);
-    processEvents();
-    EXPECT_TRUE(window.isNull());
 }
 
 }  // namespace
