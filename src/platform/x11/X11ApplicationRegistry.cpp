@@ -36,8 +36,8 @@ X11ApplicationRegistry::X11ApplicationRegistry(const XcbConnection& connection,
 
 std::vector<X11ApplicationRegistry::WindowFacts> X11ApplicationRegistry::applicationWindowFacts()
     const {
-    const std::vector<xcb_window_t> windows = reader_.applicationWindows();
-    const std::vector<std::optional<std::int32_t>> pids = reader_.ownerPids(windows);
+    const std::vector<xcb_window_t> windows = reader_.stacking().applicationWindows();
+    const std::vector<std::optional<std::int32_t>> pids = reader_.properties().ownerPids(windows);
     xcb_connection_t* c = connection_.get();
     const X11Atoms& atoms = connection_.atoms();
     struct Cookies {
@@ -68,7 +68,7 @@ std::vector<X11ApplicationRegistry::WindowFacts> X11ApplicationRegistry::applica
         facts.push_back({windows[i], *pids[i], std::nullopt, normalType && !skipsTaskbar});
     }
     for (WindowFacts& fact : facts) {
-        fact.windowClass = reader_.windowClass(fact.window);
+        fact.windowClass = reader_.properties().windowClass(fact.window);
     }
     return facts;
 }
@@ -162,8 +162,8 @@ std::optional<ApplicationIcon> X11ApplicationRegistry::iconOfInstalledApplicatio
 }
 
 bool X11ApplicationRegistry::activate(std::int32_t pid) {
-    const std::vector<xcb_window_t> windows = reader_.applicationWindows();
-    const std::vector<std::optional<std::int32_t>> pids = reader_.ownerPids(windows);
+    const std::vector<xcb_window_t> windows = reader_.stacking().applicationWindows();
+    const std::vector<std::optional<std::int32_t>> pids = reader_.properties().ownerPids(windows);
     std::vector<xcb_window_t> owned;
     for (std::size_t i = 0; i < windows.size(); ++i) {
         if (pids[i] == pid) {
@@ -176,7 +176,7 @@ bool X11ApplicationRegistry::activate(std::int32_t pid) {
     // Visible windows front to back, in the true stacking order; the
     // frontmost becomes active, the others follow it forward.
     std::vector<xcb_window_t> visible;
-    if (auto stacked = reader_.stackedWindows()) {
+    if (auto stacked = reader_.stacking().stackedWindows()) {
         for (const StackedWindow& window : *stacked) {
             if (std::find(owned.begin(), owned.end(), window.client) != owned.end()) {
                 visible.push_back(window.client);
@@ -184,7 +184,7 @@ bool X11ApplicationRegistry::activate(std::int32_t pid) {
         }
     }
     const xcb_window_t top = visible.empty() ? owned.front() : visible.front();
-    if (!reader_.hasEwmhWindowManager()) {
+    if (!reader_.root().hasEwmhWindowManager()) {
         return activateDirectly(top, visible);
     }
     const X11Atoms& atoms = connection_.atoms();

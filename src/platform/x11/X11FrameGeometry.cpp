@@ -4,6 +4,20 @@
 
 namespace gf {
 
+std::optional<FrameExtents> FrameExtents::fromProperty(const std::vector<std::uint32_t>& values) {
+    if (values.size() < 4) {
+        return std::nullopt;
+    }
+    return FrameExtents{static_cast<int>(values[0]), static_cast<int>(values[1]),
+                        static_cast<int>(values[2]), static_cast<int>(values[3])};
+}
+
+FrameExtents FrameExtents::between(const Rect& outer, const Rect& inner) {
+    auto atLeastZero = [](double size) { return static_cast<int>(std::max(0.0, size)); };
+    return {atLeastZero(inner.minX() - outer.minX()), atLeastZero(outer.maxX() - inner.maxX()),
+            atLeastZero(inner.minY() - outer.minY()), atLeastZero(outer.maxY() - inner.maxY())};
+}
+
 Rect X11FrameGeometry::decoratedFrame() const {
     const Rect declared{client.x - border - decorations.left, client.y - border - decorations.top,
                         client.width + 2 * border + decorations.left + decorations.right,

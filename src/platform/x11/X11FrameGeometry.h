@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
+#include <vector>
 
 #include "platform/Point.h"
 #include "platform/Rect.h"
@@ -14,6 +16,12 @@ struct FrameExtents {
     int right = 0;
     int top = 0;
     int bottom = 0;
+
+    // The sizes a frame extents property holds (_NET_FRAME_EXTENTS, _GTK_FRAME_EXTENTS), in its
+    // order: left, right, top, bottom. A property without all four declares nothing: nullopt.
+    static std::optional<FrameExtents> fromProperty(const std::vector<std::uint32_t>& values);
+    // What separates an inner rectangle from an outer one around it; never below zero.
+    static FrameExtents between(const Rect& outer, const Rect& inner);
 
     friend bool operator==(const FrameExtents&, const FrameExtents&) = default;
 };

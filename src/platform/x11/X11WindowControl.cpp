@@ -11,19 +11,19 @@ std::optional<std::vector<std::shared_ptr<WindowHandle>>> X11WindowControl::wind
     if (connection_.hasError()) {
         return std::nullopt;
     }
-    const std::vector<xcb_window_t> windows = reader_.applicationWindows();
-    const std::vector<std::optional<std::int32_t>> pids = reader_.ownerPids(windows);
+    const std::vector<xcb_window_t> windows = reader_.stacking().applicationWindows();
+    const std::vector<std::optional<std::int32_t>> pids = reader_.properties().ownerPids(windows);
     std::vector<StackedWindow> owned;
     for (std::size_t i = 0; i < windows.size(); ++i) {
         if (pids[i] == pid) {
             owned.push_back({windows[i], windows[i], false});
         }
     }
-    const std::vector<int> layers = reader_.layersOf(owned);
+    const std::vector<int> layers = reader_.properties().layersOf(owned);
     if (connection_.hasError()) {
         return std::nullopt;
     }
-    const bool managedByEwmh = reader_.hasEwmhWindowManager();
+    const bool managedByEwmh = reader_.root().hasEwmhWindowManager();
     std::vector<std::shared_ptr<WindowHandle>> handles;
     for (std::size_t i = 0; i < owned.size(); ++i) {
         if (layers[i] >= WindowLayer::normal && layers[i] < WindowLayer::dock) {
@@ -40,7 +40,7 @@ std::shared_ptr<WindowHandle> X11WindowControl::windowWithNumber(std::int32_t,
         return nullptr;
     }
     return std::make_shared<X11WindowHandle>(connection_, reader_, restackPolicy_, windowNumber,
-                                             reader_.hasEwmhWindowManager());
+                                             reader_.root().hasEwmhWindowManager());
 }
 
 std::optional<bool> X11WindowControl::applicationAttribute(std::int32_t, std::string_view) {

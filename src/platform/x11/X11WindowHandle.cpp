@@ -2,7 +2,7 @@
 
 #include <xcb/xcbext.h>
 
-#include <algorithm>
+#include <array>
 #include <chrono>
 #include <cmath>
 #include <utility>
@@ -41,20 +41,20 @@ X11WindowHandle::X11WindowHandle(const XcbConnection& connection, const X11Windo
                                  bool managedByEwmh)
     : connection_(connection),
       reader_(reader),
-      restackPolicy_(restackPolicy),
       client_(client),
       managedByEwmh_(managedByEwmh),
-      configureWatch_(connection) {}
+      configureWatch_(connection),
+      raiser_(connection, reader, restackPolicy, client, managedByEwmh) {}
 
 std::optional<Point> X11WindowHandle::position() {
-    if (auto frame = reader_.outerFrame(client_)) {
+    if (auto frame = reader_.frames().outerFrame(client_)) {
         return frame->origin();
     }
     return std::nullopt;
 }
 
 std::optional<Size> X11WindowHandle::size() {
-    if (auto frame = reader_.outerFrame(client_)) {
+    if (auto frame = reader_.frames().outerFrame(client_)) {
         return frame->size();
     }
     return std::nullopt;
@@ -81,24 +81,24 @@ std::optional<bool> X11WindowHandle::isSizeSettable() {
 
 X11WindowHandle::~X11WindowHandle() {
     if (pendingRead_) {
-        reader_.discardFrameGeometry(*pendingRead_);
+        reader_.frames().discard(*pendingRead_);
     }
 }
 
-std::optional<X11WindowReader::FrameGeometryCookies> X11WindowHandle::requestPlacement() {
+std::optional<X11FrameGeometryReader::Cookies> X11WindowHandle::requestPlacement() {
     if (!frameWindow_) {
-        frameWindow_ = reader_.frameWindowOf(client_);
+        frameWindow_ = reader_.stacking().frameWindowOf(client_);
         if (!frameWindow_) {
             return std::nullopt;  // the window vanished
         }
         configureWatch_.watch(*frameWindow_);
     }
-    return reader_.requestFrameGeometry({*frameWindow_, client_, false});
+    return reader_.frames().request({*frameWindow_, client_, false});
 }
 
 std::optional<X11FrameGeometry> X11WindowHandle::collectPlacement(
-    const X11WindowReader::FrameGeometryCookies& cookies, const xcb_get_property_reply_t* shadow) {
-    std::optional<X11FrameGeometry> geometry = reader_.collectFrameGeometry(cookies, shadow);
+    const X11FrameGeometryReader::Cookies& cookies, const xcb_get_property_reply_t* shadow) {
+    std::optional<X11FrameGeometry> geometry = reader_.frames().collect(cookies, shadow);
     configureWatch_.takeInEvents();
     if (!geometry) {
         // The window vanished, or the window manager framed it anew: the next
@@ -126,7 +126,7 @@ std::optional<X11FrameGeometry> X11WindowHandle::placementForWrite() {
             static_cast<xcb_get_property_reply_t*>(shadowReply));
         XcbPointer<xcb_generic_error_t> dropped(shadowError);
         if (arrived) {
-            const X11WindowReader::FrameGeometryCookies cookies = *pendingRead_;
+            const X11FrameGeometryReader::Cookies cookies = *pendingRead_;
             pendingRead_.reset();
             knownPlacement_ = collectPlacement(cookies, shadow.get());
             if (!knownPlacement_) {
@@ -268,7 +268,7 @@ WindowState X11WindowHandle::state() {
     if (!managedByEwmh_) {
         return {};
     }
-    return reader_.windowState(client_);
+    return reader_.properties().windowState(client_);
 }
 
 bool X11WindowHandle::setMaximized(bool horizontally, bool vertically) {
@@ -300,7 +300,7 @@ void X11WindowHandle::forgetPlacement() {
     {
         std::lock_guard lock(readMutex_);
         if (pendingRead_) {
-            reader_.discardFrameGeometry(*pendingRead_);
+            reader_.frames().discard(*pendingRead_);
             pendingRead_.reset();
         }
         knownPlacement_.reset();
@@ -384,94 +384,14 @@ bool X11WindowHandle::requestFrame(Point frameTopLeft, Size clientSize) {
                                      values.data()));
 }
 
-bool X11WindowHandle::raise() {
-    auto stacked = reader_.stackedWindows();
-    if (!stacked) {
-        return false;
-    }
-    auto self = std::find_if(stacked->begin(), stacked->end(), [this](const StackedWindow& window) {
-        return window.client == client_;
-    });
-    if (self == stacked->end()) {
-        // Not on the screen (or gone): nothing to compare the result with.
-        return reader_.exists(client_) && requestRaise();
-    }
-    // Windows in front that share this window's layer or a lower one are the
-    // ones a successful raise must put behind it; docks and menus stay in front.
-    std::vector<StackedWindow> inFrontAndSelf(stacked->begin(), self + 1);
-    const std::vector<int> layers = reader_.layersOf(inFrontAndSelf);
-    const int ownLayer = layers.back();
-    std::vector<xcb_window_t> blockers;
-    for (std::size_t i = 0; i + 1 < inFrontAndSelf.size(); ++i) {
-        if (layers[i] <= ownLayer) {
-            blockers.push_back(inFrontAndSelf[i].frame);
-        }
-    }
-    if (blockers.empty()) {
-        return true;  // already in front
-    }
-    const std::optional<xcb_window_t> windowManager =
-        managedByEwmh_ ? reader_.ewmhWindowManager() : std::nullopt;
-    // Without a window manager the server restacks at once, and every window manager restacks
-    // the window that has the focus.
-    if (!windowManager || reader_.activeWindow() == client_) {
-        return requestRaise();
-    }
-    switch (restackPolicy_.verdictFor(*windowManager)) {
-        case X11RestackPolicy::Verdict::ignored:
-            return activate();
-        case X11RestackPolicy::Verdict::honoured:
-            return requestRaise();
-        case X11RestackPolicy::Verdict::unknown:
-            break;
-    }
-    if (!requestRaise()) {
-        return false;
-    }
-    restackPolicy_.watch(
-        *windowManager,
-        [&reader = reader_, frame = self->frame, blockers] {
-            return reader.isInFrontOf(frame, blockers);
-        },
-        [&connection = connection_, client = client_] { activate(connection, client, true); });
-    return true;
-}
-
-bool X11WindowHandle::requestRaise() {
-    if (managedByEwmh_) {
-        return connection_.sendToWindowManager(
-            client_, connection_.atoms().netRestackWindow,
-            {kSourceIndicationTool, XCB_WINDOW_NONE, XCB_STACK_MODE_ABOVE, 0, 0});
-    }
-    const std::uint32_t mode = XCB_STACK_MODE_ABOVE;
-    return xcbSucceeded(connection_.get(),
-                        xcb_configure_window_checked(connection_.get(), client_,
-                                                     XCB_CONFIG_WINDOW_STACK_MODE, &mode));
-}
-
 // X11 knows no main window of an application apart from the one with the focus, and the focus
 // stays where the user left it: the raise before has already put the window in front.
 bool X11WindowHandle::makeMain() {
-    return reader_.exists(client_);
+    return reader_.stacking().exists(client_);
 }
 
-bool X11WindowHandle::activate() {
-    return activate(connection_, client_, managedByEwmh_);
-}
-
-bool X11WindowHandle::activate(const XcbConnection& connection, xcb_window_t client,
-                               bool managedByEwmh) {
-    if (managedByEwmh) {
-        return connection.sendToWindowManager(
-            client, connection.atoms().netActiveWindow,
-            {kSourceIndicationTool, XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0});
-    }
-    xcb_connection_t* c = connection.get();
-    const std::uint32_t mode = XCB_STACK_MODE_ABOVE;
-    auto restack = xcb_configure_window_checked(c, client, XCB_CONFIG_WINDOW_STACK_MODE, &mode);
-    auto focus = xcb_set_input_focus_checked(c, XCB_INPUT_FOCUS_PARENT, client, XCB_CURRENT_TIME);
-    const bool restacked = xcbSucceeded(c, restack);
-    return xcbSucceeded(c, focus) && restacked;
+bool X11WindowHandle::raise() {
+    return raiser_.raise();
 }
 
 }  // namespace gf

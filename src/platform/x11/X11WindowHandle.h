@@ -11,11 +11,13 @@
 
 #include "platform/WindowHandle.h"
 #include "platform/x11/X11ConfigureWatch.h"
-#include "platform/x11/X11RestackPolicy.h"
-#include "platform/x11/X11WindowReader.h"
+#include "platform/x11/X11FrameGeometryReader.h"
+#include "platform/x11/X11WindowRaiser.h"
 
 namespace gf {
 
+class X11RestackPolicy;
+class X11WindowReader;
 class XcbConnection;
 
 // A client window reached through a connection that never reads events, so
@@ -47,17 +49,12 @@ class X11WindowHandle final : public WindowHandle {
   private:
     bool requestFrame(Point frameTopLeft, Size clientSize);
     bool isRequestRepeated(Point frameTopLeft, Size clientSize) const;
-    bool requestRaise();
-    bool activate();
-    // Activation raises the window everywhere, at the cost of the focus.
-    static bool activate(const XcbConnection& connection, xcb_window_t client, bool managedByEwmh);
     // Asks for the frame geometry; finds the frame window first when it is not known.
-    std::optional<X11WindowReader::FrameGeometryCookies> requestPlacement();
+    std::optional<X11FrameGeometryReader::Cookies> requestPlacement();
     // The frame geometry from the replies; the shadow's comes already received, or null when it
     // was answered with an error.
-    std::optional<X11FrameGeometry> collectPlacement(
-        const X11WindowReader::FrameGeometryCookies& cookies,
-        const xcb_get_property_reply_t* shadow);
+    std::optional<X11FrameGeometry> collectPlacement(const X11FrameGeometryReader::Cookies& cookies,
+                                                     const xcb_get_property_reply_t* shadow);
     // What a write needs to know; waits for the server only on the first write.
     std::optional<X11FrameGeometry> placementForWrite();
     // Asks for the placement the next write will use, and sends what is queued.
@@ -68,7 +65,6 @@ class X11WindowHandle final : public WindowHandle {
 
     const XcbConnection& connection_;
     const X11WindowReader& reader_;
-    X11RestackPolicy& restackPolicy_;
     const xcb_window_t client_;
     const bool managedByEwmh_;
 
@@ -84,7 +80,7 @@ class X11WindowHandle final : public WindowHandle {
     // The placement as last read, and the read on its way for the next write.
     std::mutex readMutex_;
     std::optional<X11FrameGeometry> knownPlacement_;
-    std::optional<X11WindowReader::FrameGeometryCookies> pendingRead_;
+    std::optional<X11FrameGeometryReader::Cookies> pendingRead_;
     std::chrono::steady_clock::time_point lastReadAhead_;
     // The window manager's frame holding the client, or the client itself.
     std::optional<xcb_window_t> frameWindow_;
@@ -92,6 +88,7 @@ class X11WindowHandle final : public WindowHandle {
     X11ConfigureWatch configureWatch_;
     // The frame corner of a write held back, sent by the next write or by settle().
     std::optional<Point> heldBack_;
+    X11WindowRaiser raiser_;
 };
 
 }  // namespace gf

@@ -5,7 +5,7 @@
 namespace gf {
 
 std::optional<WindowDescription> X11WindowServer::windowAt(Point point) {
-    const std::optional<StackedWindow> window = reader_.stackedWindowAt(point);
+    const std::optional<StackedWindow> window = reader_.stacking().stackedWindowAt(point);
     if (!window) {
         return std::nullopt;
     }
@@ -19,11 +19,11 @@ std::optional<WindowDescription> X11WindowServer::windowAt(Point point) {
 }
 
 std::vector<WindowDescription> X11WindowServer::onScreenWindows() {
-    const auto stacked = reader_.stackedWindows();
+    const auto stacked = reader_.stacking().stackedWindows();
     if (!stacked) {
         return {};
     }
-    const std::optional<Rect> screen = reader_.rootRectangle();
+    const std::optional<Rect> screen = reader_.root().rootRectangle();
     std::vector<WindowDescription> windows = reader_.describe(*stacked);
     // Window managers park helper windows outside the screen; they are mapped
     // but nobody sees them.

@@ -62,5 +62,11 @@ TEST(X11FrameGeometryTest, WritesAimTheVisibleFrame) {
     EXPECT_EQ(bordered.clientSizeFor({1, 1}), (Size{1, 1}));
 }
 
+TEST(X11FrameGeometryTest, AnExtentsPropertyWithoutAllFourSizesDeclaresNone) {
+    EXPECT_EQ(FrameExtents::fromProperty({5, 6, 25, 7}), (FrameExtents{5, 6, 25, 7}));
+    EXPECT_EQ(FrameExtents::fromProperty({5, 6, 25}), std::nullopt);
+    EXPECT_EQ(FrameExtents::fromProperty({}), std::nullopt);
+}
+
 }  // namespace
 }  // namespace gf
