@@ -7,11 +7,11 @@
 #include "app/AppWindow.h"
 #include "app/BuildInfo.h"
 #include "app/Permissions.h"
-#include "app/TaskbarPresence.h"
 #include "app/UiFactory.h"
 #include "app/UpdateController.h"
 #include "engine/AutoRaiseManager.h"
 #include "engine/EventTapManager.h"
+#include "platform/TaskbarPresence.h"
 
 namespace gf {
 

@@ -7,19 +7,18 @@
 #include "app/AppDelegate.h"
 #include "app/AppState.h"
 #include "app/TrayItem.h"
-#include "app/X11TaskbarPresence.h"
 #include "platform/QtMainThreadScheduler.h"
+#include "platform/TaskbarPresence.h"
 #include "platform/ThreadSerialQueueFactory.h"
-#include "platform/x11/X11Platform.h"
 
 namespace gf {
 
-GlimmerfoldApp::GlimmerfoldApp(Settings& settings, UiFactory& ui, X11Platform& x11)
+GlimmerfoldApp::GlimmerfoldApp(Settings& settings, UiFactory& ui, PlatformBackend& backend)
     : settings_(settings),
       mainThread_(std::make_unique<QtMainThreadScheduler>()),
       queues_(std::make_unique<ThreadSerialQueueFactory>()),
-      platform_(x11.platform(*mainThread_, *queues_)),
-      taskbarPresence_(X11TaskbarPresence::forApplication()),
+      platform_(backend.platform(*mainThread_, *queues_)),
+      taskbarPresence_(backend.taskbarPresence()),
       appState_(std::make_unique<AppState>(settings_, platform_, ui)),
       trayItem_(std::make_unique<TrayItem>(settings_, *appState_, ui)),
       delegate_(std::make_unique<AppDelegate>(*appState_)) {
@@ -32,7 +31,7 @@ GlimmerfoldApp::GlimmerfoldApp(Settings& settings, UiFactory& ui, X11Platform& x
     // on the way out (its display library complains while closing); with the server gone there
     // is nothing left to tidy up on the screen, and every setting was saved when it was made, so
     // the program ends here without running the exit handlers.
-    x11.setConnectionLostHandler([] { std::_Exit(1); });
+    backend.setConnectionLostHandler([] { std::_Exit(1); });
     connect(qApp, &QCoreApplication::aboutToQuit, this,
             [this] { delegate_->applicationWillTerminate(); });
 }

@@ -6,7 +6,7 @@
 #include "app/InstanceCommand.h"
 #include "app/InstanceReply.h"
 #include "model/Settings.h"
-#include "platform/Platform.h"
+#include "platform/PlatformBackend.h"
 
 namespace gf {
 
@@ -17,16 +17,15 @@ class ThreadSerialQueueFactory;
 class TaskbarPresence;
 class TrayItem;
 class UiFactory;
-class X11Platform;
 
-// The running program: the X11 desktop services with real timers and queues,
+// The running program: the desktop's services with real timers and queues,
 // the application state, the tray item and the delegate, wired together.
 // Create it after the QApplication, on the main thread.
 class GlimmerfoldApp : public QObject {
     Q_OBJECT
 
   public:
-    GlimmerfoldApp(Settings& settings, UiFactory& ui, X11Platform& x11);
+    GlimmerfoldApp(Settings& settings, UiFactory& ui, PlatformBackend& backend);
     ~GlimmerfoldApp() override;
 
     // Runs the event loop until the program quits; the exit code.

@@ -13,6 +13,7 @@
 #include "platform/x11/X11GrantService.h"
 #include "platform/x11/X11InputService.h"
 #include "platform/x11/X11MotionFollower.h"
+#include "platform/x11/X11TaskbarPresence.h"
 #include "platform/x11/X11WindowControl.h"
 #include "platform/x11/X11WindowReader.h"
 #include "platform/x11/X11WindowServer.h"
@@ -106,6 +107,10 @@ Platform X11Platform::platform(MainThreadScheduler& mainThread, SerialQueueFacto
     return Platform{*input_,    *windowServer_, *windowControl_,
                     *displays_, *applications_, *grants_,
                     mainThread, queues,         static_cast<std::int32_t>(getpid())};
+}
+
+std::unique_ptr<TaskbarPresence> X11Platform::taskbarPresence() {
+    return X11TaskbarPresence::forApplication();
 }
 
 void X11Platform::setConnectionLostHandler(std::function<void()> handler) {

@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/Platform.h"
+#include "platform/PlatformBackend.h"
 
 namespace gf {
 
@@ -23,7 +23,7 @@ class XcbConnection;
 // that never reads events, for window handles used from background threads.
 // Create and use it on the main thread of a running QCoreApplication; event
 // taps and monitor tokens it hands out must be destroyed before it.
-class X11Platform {
+class X11Platform final : public PlatformBackend {
     struct Key;  // only connect() constructs platforms
 
   public:
@@ -38,7 +38,7 @@ class X11Platform {
     explicit X11Platform(const Key&);
     X11Platform(const X11Platform&) = delete;
     X11Platform& operator=(const X11Platform&) = delete;
-    ~X11Platform();
+    ~X11Platform() override;
 
     InputService& input();
     WindowServer& windowServer();
@@ -47,12 +47,12 @@ class X11Platform {
     ApplicationRegistry& applications();
     GrantService& grants();
 
-    // The bundle the engine works with, completed by the timer services.
-    Platform platform(MainThreadScheduler& mainThread, SerialQueueFactory& queues);
+    Platform platform(MainThreadScheduler& mainThread, SerialQueueFactory& queues) override;
+    // Sets the taskbar hint on the X display the toolkit uses.
+    std::unique_ptr<TaskbarPresence> taskbarPresence() override;
 
-    // Called once when the connection to the X server is lost, after a line
-    // on stderr says so. Nothing is read from the connection afterwards.
-    void setConnectionLostHandler(std::function<void()> handler);
+    // Nothing is read from the connection after it was lost.
+    void setConnectionLostHandler(std::function<void()> handler) override;
     bool isConnectionLost() const;
 
     // The one line that says the X server went away.

@@ -1,4 +1,4 @@
-#include "app/X11TaskbarPresence.h"
+#include "platform/x11/X11TaskbarPresence.h"
 
 #include <QGuiApplication>
 #include <QWidget>

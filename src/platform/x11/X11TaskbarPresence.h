@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "app/TaskbarPresence.h"
+#include "platform/TaskbarPresence.h"
 
 namespace gf {
 
