@@ -1,7 +1,6 @@
 #include "app/AppState.h"
 
 #include <QApplication>
-#include <cassert>
 #include <iostream>
 
 #include "app/AppWindow.h"
@@ -17,8 +16,6 @@ namespace gf {
 
 namespace {
 
-AppState* sharedInstance = nullptr;
-
 const AppWindow::Style settingsWindowStyle{QStringLiteral("Glimmerfold"), QSize(650, 450)};
 const AppWindow::Style setupWizardStyle{QStringLiteral("Welcome to Glimmerfold"), QSize(500, 400)};
 
@@ -33,8 +30,6 @@ AppState::AppState(Settings& settings, Platform& platform, UiFactory& ui, QObjec
       autoRaiseManager_(std::make_unique<AutoRaiseManager>(settings_, platform_)),
       updaterController_(
           std::make_unique<UpdateController>(UpdateController::defaultFeedUrl(), shortVersion())) {
-    assert(sharedInstance == nullptr && "only one AppState per process");
-    sharedInstance = this;
     observeSettings();
 }
 
@@ -42,16 +37,6 @@ AppState::~AppState() {
     permissionTimer_.reset();
     trayWait_.reset();
     stopEngine();
-    sharedInstance = nullptr;
-}
-
-AppState& AppState::shared() {
-    assert(sharedInstance != nullptr && "the program's entry creates AppState first");
-    return *sharedInstance;
-}
-
-bool AppState::hasShared() {
-    return sharedInstance != nullptr;
 }
 
 void AppState::observeSettings() {

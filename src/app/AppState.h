@@ -42,10 +42,6 @@ class AppState : public QObject {
     AppState(const AppState&) = delete;
     AppState& operator=(const AppState&) = delete;
 
-    // The instance the program's entry created; only valid while it exists.
-    static AppState& shared();
-    static bool hasShared();
-
     bool hasPermission() const { return hasPermission_; }
     Settings& settings() { return settings_; }
     Platform& platform() { return platform_; }

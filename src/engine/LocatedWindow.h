@@ -5,7 +5,6 @@
 #include <optional>
 #include <string>
 
-#include "platform/Rect.h"
 #include "platform/WindowHandle.h"
 
 namespace gf {
@@ -16,7 +15,6 @@ struct LocatedWindow {
     std::int32_t pid = 0;
     std::uint32_t windowID = 0;
     std::shared_ptr<WindowHandle> windowHandle;
-    Rect frame;  // global top-left coordinates; (0, 0, 0, 0) when the window server gave none
     std::optional<std::string> bundleIdentifier;
 };
 

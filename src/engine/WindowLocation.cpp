@@ -36,13 +36,11 @@ std::optional<LocatedWindow> locateWindowWithWindowServer(Platform& platform, Po
         return std::nullopt;
     }
     const std::int32_t pid = *found->ownerPid;
-    const Rect frame = found->bounds.value_or(Rect{});
     auto handle = findWindowHandle(platform.windowControl, pid, found->windowNumber);
     if (!handle) {
         return std::nullopt;
     }
-    return LocatedWindow{pid, found->windowNumber, std::move(handle), frame,
-                         found->applicationIdentifier};
+    return LocatedWindow{pid, found->windowNumber, std::move(handle), found->applicationIdentifier};
 }
 
 std::optional<LocatedWindow> locateWindowWithWindowList(Platform& platform, Point point) {
@@ -57,7 +55,7 @@ std::optional<LocatedWindow> locateWindowWithWindowList(Platform& platform, Poin
         if (!handle) {
             continue;
         }
-        return LocatedWindow{pid, window.windowNumber, std::move(handle), *window.bounds,
+        return LocatedWindow{pid, window.windowNumber, std::move(handle),
                              window.applicationIdentifier};
     }
     return std::nullopt;

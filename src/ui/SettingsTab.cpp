@@ -18,15 +18,6 @@ QString titleOf(SettingsTab tab) {
     return {};
 }
 
-std::optional<SettingsTab> settingsTabFromTitle(const QString& title) {
-    for (SettingsTab tab : allSettingsTabs) {
-        if (titleOf(tab) == title) {
-            return tab;
-        }
-    }
-    return std::nullopt;
-}
-
 QIcon iconOf(SettingsTab tab, const QColor& selectedColor, int size) {
     switch (tab) {
         case SettingsTab::general:

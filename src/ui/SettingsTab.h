@@ -4,7 +4,6 @@
 #include <QIcon>
 #include <QString>
 #include <array>
-#include <optional>
 
 namespace gf {
 
@@ -16,8 +15,6 @@ inline constexpr std::array<SettingsTab, 4> allSettingsTabs{
 
 // "General", "Magnetics", "Ignore List", "About".
 QString titleOf(SettingsTab tab);
-// The tab with this exact title; nullopt for any other text.
-std::optional<SettingsTab> settingsTabFromTitle(const QString& title);
 // The tab's sidebar icon at `size`, drawn in `selectedColor` while its row is selected.
 QIcon iconOf(SettingsTab tab, const QColor& selectedColor, int size);
 
