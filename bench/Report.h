@@ -4,17 +4,9 @@
 #include <vector>
 
 #include "BenchResults.h"
+#include "Goals.h"
 
 namespace gf::bench {
-
-// One goal the numbers are held against.
-struct GoalCheck {
-    std::string goal;
-    std::string measured;
-    bool met = false;
-};
-
-std::vector<GoalCheck> checkGoals(const BenchResults& results);
 
 // The tables for people (results.md) and the same numbers for programs (results.json).
 std::string markdownReport(const BenchResults& results);
