@@ -11,6 +11,27 @@
 
 namespace gf::bench {
 
+xcb_connection_t* EventThread::connectWatching(const std::string& displayName, xcb_window_t window,
+                                               std::uint32_t mask, const std::string& who,
+                                               std::string* error) {
+    xcb_connection_t* connection = xcb_connect(displayName.c_str(), nullptr);
+    if (xcb_connection_has_error(connection) != 0) {
+        xcb_disconnect(connection);
+        *error = who + " cannot connect to " + displayName;
+        return nullptr;
+    }
+    if (window == 0) {
+        window = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
+    }
+    if (!xcbSucceeded(connection, xcb_change_window_attributes_checked(connection, window,
+                                                                       XCB_CW_EVENT_MASK, &mask))) {
+        xcb_disconnect(connection);
+        *error = who + " cannot listen to its window";
+        return nullptr;
+    }
+    return connection;
+}
+
 EventThread::EventThread(xcb_connection_t* connection, Handler handler)
     : connection_(connection), handler_(std::move(handler)) {
     std::array<int, 2> wake{};

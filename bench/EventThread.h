@@ -2,7 +2,9 @@
 
 #include <xcb/xcb.h>
 
+#include <cstdint>
 #include <functional>
+#include <string>
 #include <thread>
 
 #include "LatencyMatch.h"
@@ -16,6 +18,12 @@ namespace gf::bench {
 class EventThread {
   public:
     using Handler = std::function<void(Clock::time_point arrived, const xcb_generic_event_t&)>;
+
+    // A connection of its own to the display on which `window` (the root when 0) sends the
+    // events of `mask`; nullptr with a reason naming `who` when either fails.
+    static xcb_connection_t* connectWatching(const std::string& displayName, xcb_window_t window,
+                                             std::uint32_t mask, const std::string& who,
+                                             std::string* error);
 
     // Throws std::runtime_error when the thread cannot be woken for stopping.
     EventThread(xcb_connection_t* connection, Handler handler);

@@ -10,17 +10,9 @@ struct FrameWatcher::Key {};
 
 std::unique_ptr<FrameWatcher> FrameWatcher::open(const std::string& displayName, xcb_window_t frame,
                                                  std::string* error) {
-    xcb_connection_t* connection = xcb_connect(displayName.c_str(), nullptr);
-    if (xcb_connection_has_error(connection) != 0) {
-        xcb_disconnect(connection);
-        *error = "the frame watcher cannot connect to " + displayName;
-        return nullptr;
-    }
-    const std::uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
-    if (!xcbSucceeded(connection, xcb_change_window_attributes_checked(connection, frame,
-                                                                       XCB_CW_EVENT_MASK, &mask))) {
-        xcb_disconnect(connection);
-        *error = "the frame to watch is gone";
+    xcb_connection_t* connection = EventThread::connectWatching(
+        displayName, frame, XCB_EVENT_MASK_STRUCTURE_NOTIFY, "the frame watcher", error);
+    if (connection == nullptr) {
         return nullptr;
     }
     return std::make_unique<FrameWatcher>(Key{}, connection, frame);

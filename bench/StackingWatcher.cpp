@@ -10,20 +10,12 @@ struct StackingWatcher::Key {};
 
 std::unique_ptr<StackingWatcher> StackingWatcher::open(const std::string& displayName,
                                                        std::string* error) {
-    xcb_connection_t* connection = xcb_connect(displayName.c_str(), nullptr);
-    if (xcb_connection_has_error(connection) != 0) {
-        xcb_disconnect(connection);
-        *error = "the stacking watcher cannot connect to " + displayName;
+    xcb_connection_t* connection = EventThread::connectWatching(
+        displayName, 0, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY, "the stacking watcher", error);
+    if (connection == nullptr) {
         return nullptr;
     }
     const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
-    const std::uint32_t mask = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
-    if (!xcbSucceeded(connection, xcb_change_window_attributes_checked(connection, root,
-                                                                       XCB_CW_EVENT_MASK, &mask))) {
-        xcb_disconnect(connection);
-        *error = "the stacking watcher cannot listen to the root window";
-        return nullptr;
-    }
     return std::make_unique<StackingWatcher>(Key{}, connection, root);
 }
 
