@@ -4,7 +4,7 @@ PRESET ?= $(if $(CI),ci,default)
 JOBS ?= $(shell nproc)
 CTEST_JOBS ?= 4
 
-.PHONY: all deps configure build run demo test test-unit test-tsan clean format bench fuzz soak
+.PHONY: all deps configure build run demo screenshots test test-unit test-tsan clean format bench fuzz soak
 
 all: build
 
@@ -25,6 +25,11 @@ run: build
 # test suite runs this command while its other tests use build/.
 demo:
 	@PRESET=$(PRESET) ./scripts/demo
+
+# Every Settings tab and setup-wizard page, drawn in a private X server, in build/screenshots/.
+screenshots: configure
+	@cmake --build build -j $(JOBS) --target glimmerfold_ui_screenshots
+	@./build/tools/glimmerfold_ui_screenshots build/screenshots
 
 test: build test-tsan
 	@ctest --test-dir build -j $(CTEST_JOBS) --output-on-failure

@@ -14,7 +14,6 @@
 #include <vector>
 
 #include "Bench.h"
-#include "BenchDesktop.h"
 #include "Report.h"
 
 namespace {
@@ -170,7 +169,7 @@ int main(int argc, char** argv) {
     gf::bench::BenchResults results;
     try {
         std::string error;
-        auto desktop = gf::bench::BenchDesktop::start({}, &error);
+        auto desktop = gf::test::X11Desktop::start(gf::bench::BenchStage::desktopOptions(), &error);
         if (!desktop) {
             std::cerr << "glimmerfold_bench: " << error << "\n";
             return 1;

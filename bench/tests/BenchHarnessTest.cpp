@@ -3,15 +3,12 @@
 #include <chrono>
 #include <thread>
 
-#include "BenchDesktop.h"
+#include "BenchStage.h"
 #include "FrameWatcher.h"
-#include "GlimmerfoldProcess.h"
-#include "Hands.h"
 #include "LatencyMatch.h"
 #include "MotionPath.h"
 #include "ProcessMeter.h"
 #include "StackingWatcher.h"
-#include "TrayIconFinder.h"
 #include "WindowCrowd.h"
 
 namespace gf::bench {
@@ -26,59 +23,53 @@ class BenchHarnessTest : public ::testing::Test {
   protected:
     void SetUp() override {
         std::string error;
-        desktop_ = BenchDesktop::start({}, &error);
+        desktop_ = test::X11Desktop::start(BenchStage::desktopOptions(), &error);
         ASSERT_NE(desktop_, nullptr) << error;
-        hands_ = Hands::open(desktop_->displayName(), &error);
-        ASSERT_NE(hands_, nullptr) << error;
-        window_ = desktop_->startXlogo(300, 250, 200, 150);
-        watcher_ = FrameWatcher::open(desktop_->displayName(), window_.frame, &error);
-        ASSERT_NE(watcher_, nullptr) << error;
+        stage_ = std::make_unique<BenchStage>(*desktop_);
     }
 
-    std::unique_ptr<BenchDesktop> desktop_;
-    std::unique_ptr<Hands> hands_;
-    BenchWindow window_;
-    std::unique_ptr<FrameWatcher> watcher_;
+    std::unique_ptr<test::X11Desktop> desktop_;
+    std::unique_ptr<BenchStage> stage_;
 };
 
 TEST_F(BenchHarnessTest, OpenboxsOwnDragIsReportedMotionByMotionInOrder) {
-    const FrameReport start = watcher_->latest();
+    const FrameReport start = stage_->watcher().latest();
     EXPECT_EQ(start.x, 300);
     EXPECT_EQ(start.y, 250);
     const int x = start.x + 100;
     const int y = start.y + 80;
-    hands_->moveTo(x, y);
-    hands_->pressKey(test::Keysym::altL);
-    hands_->pressButton(1);
+    stage_->hands().sendPointerTo(x, y);
+    stage_->hands().pressKey(test::Keysym::altL);
+    stage_->hands().pressButton(1);
     // Openbox starts its drag once the pointer is past the threshold.
     int nudge = 0;
     bool moved = false;
     while (!moved && nudge < 10) {
-        hands_->moveTo(x + ++nudge, y);
-        moved =
-            watcher_->waitForLatest([&](const FrameReport& r) { return r.x != start.x; }, 100ms);
+        stage_->hands().sendPointerTo(x + ++nudge, y);
+        moved = stage_->watcher().waitForLatest(
+            [&](const FrameReport& r) { return r.x != start.x; }, 100ms);
     }
     ASSERT_TRUE(moved) << "openbox has no Alt + drag binding";
-    ASSERT_TRUE(watcher_->waitUntilStill(50ms, 2s));
-    const FrameReport held = watcher_->latest();
-    watcher_->takeReports();
+    ASSERT_TRUE(stage_->watcher().waitUntilStill(50ms, 2s));
+    const FrameReport held = stage_->watcher().latest();
+    stage_->watcher().takeReports();
 
     const MotionPath path(5);
     std::vector<TimedKey> motions;
     for (std::size_t i = 0; i < 12; ++i) {
         const PixelOffset offset = path.at(i);
         motions.push_back({Clock::now(), pairKey(held.x + offset.dx, held.y + offset.dy)});
-        hands_->moveTo(x + nudge + offset.dx, y + offset.dy);
-        hands_->sync();
-        ASSERT_TRUE(watcher_->waitForLatest(
+        stage_->hands().sendPointerTo(x + nudge + offset.dx, y + offset.dy);
+        stage_->hands().sync();
+        ASSERT_TRUE(stage_->watcher().waitForLatest(
             [&](const FrameReport& r) { return pairKey(r.x, r.y) == motions.back().key; }, 2s))
             << "motion " << i;
     }
-    hands_->releaseButton(1);
-    hands_->releaseKey(test::Keysym::altL);
+    stage_->hands().releaseButton(1);
+    stage_->hands().releaseKey(test::Keysym::altL);
 
     std::vector<TimedKey> reports;
-    for (const FrameReport& report : watcher_->takeReports()) {
+    for (const FrameReport& report : stage_->watcher().takeReports()) {
         reports.push_back({report.time, pairKey(report.x, report.y)});
     }
     const LatencyMatch match = matchMotionsToReports(motions, reports);
@@ -92,14 +83,14 @@ TEST_F(BenchHarnessTest, OpenboxsOwnDragIsReportedMotionByMotionInOrder) {
 }
 
 TEST_F(BenchHarnessTest, PutsTheWindowBackAndMeasuresTheDesktopsProcesses) {
-    ASSERT_TRUE(desktop_->placeWindow(window_, 420, 310, 260, 170));
-    EXPECT_TRUE(
-        watcher_->waitForLatest([](const FrameReport& r) { return r.x == 420 && r.y == 310; }, 2s));
-    const std::optional<Rect> frame = desktop_->probe().frameGeometry(window_.client);
+    ASSERT_TRUE(desktop_->placeWindow(stage_->client(), 420, 310, 260, 170));
+    EXPECT_TRUE(stage_->watcher().waitForLatest(
+        [](const FrameReport& r) { return r.x == 420 && r.y == 310; }, 2s));
+    const std::optional<Rect> frame = desktop_->probe().frameGeometry(stage_->client());
     ASSERT_TRUE(frame);
     EXPECT_EQ(frame->origin(), (Point{420, 310}));
-    ASSERT_TRUE(desktop_->placeWindow(window_, 300, 250, 200, 150));
-    EXPECT_EQ(desktop_->probe().frameGeometry(window_.client)->origin(), (Point{300, 250}));
+    ASSERT_TRUE(desktop_->placeWindow(stage_->client(), 300, 250, 200, 150));
+    EXPECT_EQ(desktop_->probe().frameGeometry(stage_->client())->origin(), (Point{300, 250}));
 
     for (pid_t pid : {desktop_->serverPid(), desktop_->windowManagerPid()}) {
         const ProcessSample sample = sampleProcess(pid);
@@ -121,7 +112,7 @@ TEST_F(BenchHarnessTest, TheCrowdStaysClearOfTheWindowAndARaiseIsReportedAsItHap
         if (probe.classOf(client) == "GlimmerfoldBench") {
             ++seen;
             EXPECT_FALSE(probe.frameGeometry(client)->intersects(keepClear)) << client;
-            EXPECT_TRUE(probe.isAbove(client, window_.client)) << "opened later, stacked higher";
+            EXPECT_TRUE(probe.isAbove(client, stage_->client())) << "opened later, stacked higher";
         }
     }
     EXPECT_EQ(seen, 40u);
@@ -129,33 +120,17 @@ TEST_F(BenchHarnessTest, TheCrowdStaysClearOfTheWindowAndARaiseIsReportedAsItHap
     auto stacking = StackingWatcher::open(desktop_->displayName(), &error);
     ASSERT_NE(stacking, nullptr) << error;
     const test::WindowId lowest = *probe.frameOf(crowd->first());
-    ASSERT_TRUE(stacking->expectAbove(window_.frame, lowest));
+    ASSERT_TRUE(stacking->expectAbove(stage_->frame(), lowest));
     const auto asked = Clock::now();
     const std::uint32_t above = XCB_STACK_MODE_ABOVE;
-    xcb_configure_window(desktop_->connection(), window_.client, XCB_CONFIG_WINDOW_STACK_MODE,
+    xcb_configure_window(desktop_->connection(), stage_->client(), XCB_CONFIG_WINDOW_STACK_MODE,
                          &above);
     xcb_flush(desktop_->connection());
     const std::optional<Clock::time_point> raised = stacking->waitForAbove(2s);
     ASSERT_TRUE(raised) << "openbox raises a window that asks";
     EXPECT_GT(*raised, asked);
-    EXPECT_TRUE(probe.isAbove(window_.client, crowd->first()));
-    EXPECT_FALSE(stacking->expectAbove(window_.frame, lowest)) << "already above";
-}
-
-TEST_F(BenchHarnessTest, StartUpEndsWhenTheTrayIconIsMappedInTheTray) {
-    EXPECT_FALSE(findViewableWindowOfClass(desktop_->connection(), desktop_->trayHostFrame(),
-                                           "Glimmerfold"));
-    std::string error;
-    auto glimmerfold = GlimmerfoldProcess::launch(*desktop_, GLIMMERFOLD_EXECUTABLE, {}, &error);
-    ASSERT_NE(glimmerfold, nullptr) << error;
-    EXPECT_GT(glimmerfold->startupMs(), 0);
-    const auto icon =
-        findViewableWindowOfClass(desktop_->connection(), desktop_->trayHostFrame(), "Glimmerfold");
-    ASSERT_TRUE(icon);
-    EXPECT_NE(*icon, desktop_->trayHostFrame());
-    glimmerfold->quit();
-    EXPECT_FALSE(glimmerfold->isRunning());
-    EXPECT_EQ(classPart(std::string("glimmerfold\0Glimmerfold\0", 24)), "Glimmerfold");
+    EXPECT_TRUE(probe.isAbove(stage_->client(), crowd->first()));
+    EXPECT_FALSE(stacking->expectAbove(stage_->frame(), lowest)) << "already above";
 }
 
 }  // namespace

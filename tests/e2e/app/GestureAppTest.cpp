@@ -5,14 +5,13 @@
 
 #include <xcb/xcb.h>
 
-#include <algorithm>
 #include <cmath>
-#include <fstream>
 #include <string>
 #include <vector>
 
-#include "GlimmerfoldLauncher.h"
 #include "platform/x11/XcbReply.h"
+#include "x11/GestureHands.h"
+#include "x11/GlimmerfoldLauncher.h"
 #include "x11/X11DesktopTest.h"
 
 namespace gf::test {
@@ -23,8 +22,6 @@ using namespace std::chrono_literals;
 constexpr std::uint32_t kStateRemove = 0;
 constexpr std::uint32_t kStateAdd = 1;
 constexpr std::uint32_t kSourceIndicationTool = 2;
-constexpr std::initializer_list<std::uint32_t> moveKeys{Keysym::controlL, Keysym::superL};
-constexpr std::initializer_list<std::uint32_t> resizeKeys{Keysym::controlL, Keysym::altL};
 
 std::string describe(const std::optional<Rect>& r) {
     if (!r) {
@@ -74,26 +71,29 @@ class EscapeWatch {
 
 class GestureAppTest : public X11DesktopTest, public ::testing::WithParamInterface<WindowManager> {
   protected:
-    X11Desktop::Options desktopOptions() const override { return {1600, 1000, GetParam()}; }
+    X11Desktop::Options desktopOptions() const override {
+        X11Desktop::Options options{1600, 1000, GetParam()};
+        options.trayHost = true;
+        return options;
+    }
 
     void SetUp() override {
         X11DesktopTest::SetUp();
         ASSERT_FALSE(HasFatalFailure());
-        launcher_ = std::make_unique<GlimmerfoldLauncher>(desktop());
         // Snapping would blur where the pointer put the window.
-        std::ofstream(launcher_->settingsFile()) << "[General]\n"
-                                                    "hasCompletedSetup=true\n"
-                                                    "magneticsEnabled=false\n";
-        ASSERT_TRUE(launcher_->startTrayHost()) << "trayer took no tray selection";
-        std::string error;
-        glimmerfold_ =
-            launcher_->launch(GLIMMERFOLD_EXECUTABLE, "glimmerfold.log", &error,
-                              {{"LSAN_OPTIONS", "suppressions=" GLIMMERFOLD_LSAN_SUPPRESSIONS}});
-        ASSERT_NE(glimmerfold_, nullptr) << error;
-        ASSERT_TRUE(launcher_->waitForTrayIcon()) << launcher_->output("glimmerfold.log");
+        GlimmerfoldLauncher::Options options;
+        options.settings = {"magneticsEnabled=false"};
+        launcher_ = std::make_unique<GlimmerfoldLauncher>(desktop(), options);
+        hands_ = std::make_unique<GestureHands>(desktop());
+        glimmerfold_ = launcher_->launch();
+        ASSERT_NE(glimmerfold_, nullptr) << launcher_->error();
+        ASSERT_TRUE(desktop().trayHost().waitForIcon()) << launcher_->output();
     }
 
     void TearDown() override {
+        if (hands_) {
+            hands_->release();
+        }
         if (glimmerfold_) {
             glimmerfold_->terminate();
         }
@@ -143,24 +143,14 @@ class GestureAppTest : public X11DesktopTest, public ::testing::WithParamInterfa
         xcb_flush(desktop().connection());
     }
 
-    bool hasState(WindowId window, const char* state) {
-        xcb_connection_t* c = desktop().connection();
-        auto reply = xcbReply(
-            c, xcb_get_property_reply,
-            xcb_get_property(c, 0, window, probe().atom("_NET_WM_STATE"), XCB_ATOM_ATOM, 0, 32));
-        if (!reply || reply->format != 32) {
-            return false;
-        }
-        const auto* atoms = static_cast<const std::uint32_t*>(xcb_get_property_value(reply.get()));
-        const int count = xcb_get_property_value_length(reply.get()) / 4;
-        return std::find(atoms, atoms + count, probe().atom(state)) != atoms + count;
-    }
+    bool hasState(WindowId window, const char* state) { return probe().hasState(window, state); }
     bool isMaximized(WindowId window) {
         return hasState(window, "_NET_WM_STATE_MAXIMIZED_VERT") &&
                hasState(window, "_NET_WM_STATE_MAXIMIZED_HORZ");
     }
 
     std::unique_ptr<GlimmerfoldLauncher> launcher_;
+    std::unique_ptr<GestureHands> hands_;
     std::unique_ptr<ChildProcess> glimmerfold_;
 };
 
@@ -171,18 +161,17 @@ TEST_P(GestureAppTest, EscapePutsTheWindowBackToThePixelAndNoApplicationSeesIt) 
     ASSERT_EQ(escapes.presses(), 1) << "without a gesture Escape reaches the focused window";
 
     struct Case {
-        const char* name;
-        std::initializer_list<std::uint32_t> keys;
+        GestureKind kind;
         double fx, fy;  // where in the window the keys are pressed
     };
-    for (const Case& c : {Case{"move", moveKeys, 0.5, 0.5}, Case{"resize", resizeKeys, 0.8, 0.8}}) {
-        SCOPED_TRACE(c.name);
+    for (const Case& c : {Case{GestureKind::move, 0.5, 0.5}, Case{GestureKind::resize, 0.8, 0.8}}) {
+        SCOPED_TRACE(::testing::PrintToString(c.kind));
         const Rect before = *frameOf(window);
         const int x = static_cast<int>(before.x + c.fx * before.width);
         const int y = static_cast<int>(before.y + c.fy * before.height);
-        ASSERT_TRUE(launcher_->beginGesture(c.keys, window, x, y, 3, 3))
+        ASSERT_TRUE(hands_->begin(c.kind, window, x, y))
             << "the window never followed the pointer\n"
-            << launcher_->output("glimmerfold.log");
+            << launcher_->output();
         input().movePointerTo(x + 90, y + 70);
         ASSERT_TRUE(waitUntil([&] {
             const auto now = frameOf(window);
@@ -197,7 +186,7 @@ TEST_P(GestureAppTest, EscapePutsTheWindowBackToThePixelAndNoApplicationSeesIt) 
         input().sync();
         processEventsFor(200ms);
         EXPECT_EQ(frameOf(window), before) << describe(frameOf(window));
-        launcher_->release(c.keys);
+        hands_->release();
         EXPECT_EQ(escapes.presses(), 0) << "the focused window saw the Escape";
 
         // The gesture let go of Escape: it reaches the window again.
@@ -224,9 +213,7 @@ TEST_P(GestureAppTest, AMaximizedWindowComesAlongUnderThePointerAndAFullscreenOn
     const int x0 = 1100;
     const int y0 = 300;
     input().movePointerTo(x0, y0);
-    for (const std::uint32_t key : moveKeys) {
-        input().pressKey(key);
-    }
+    hands_->hold(GestureKind::move);
     int steps = 0;
     while (frameOf(window) == maximized && steps < 20) {
         input().movePointerTo(x0 + ++steps, y0);
@@ -264,7 +251,7 @@ TEST_P(GestureAppTest, AMaximizedWindowComesAlongUnderThePointerAndAFullscreenOn
     tapEscape();
     EXPECT_TRUE(waitUntil([&] { return isMaximized(window) && frameOf(window) == maximized; }))
         << describe(frameOf(window));
-    launcher_->release(moveKeys);
+    hands_->release();
 
     // Neither combination does anything to a fullscreen window, nor takes Escape from it.
     const WindowId film = createFocusedWindow(200, 200, 300, 200);
@@ -272,11 +259,9 @@ TEST_P(GestureAppTest, AMaximizedWindowComesAlongUnderThePointerAndAFullscreenOn
     const Rect screen{0, 0, 1600, 1000};
     ASSERT_TRUE(waitUntil([&] { return frameOf(film) == screen; })) << describe(frameOf(film));
     EscapeWatch escapes(desktop(), film);
-    for (const auto keys : {moveKeys, resizeKeys}) {
+    for (const GestureKind kind : {GestureKind::move, GestureKind::resize}) {
         input().movePointerTo(1200, 800);
-        for (const std::uint32_t key : keys) {
-            input().pressKey(key);
-        }
+        hands_->hold(kind);
         for (int step = 0; step < 10; ++step) {
             input().movePointerBy(-20, -15);
         }
@@ -285,7 +270,7 @@ TEST_P(GestureAppTest, AMaximizedWindowComesAlongUnderThePointerAndAFullscreenOn
         EXPECT_EQ(frameOf(film), screen) << describe(frameOf(film));
         tapEscape();
         EXPECT_EQ(escapes.presses(), 1);
-        launcher_->release(keys);
+        hands_->release();
     }
     EXPECT_TRUE(hasState(film, "_NET_WM_STATE_FULLSCREEN"));
 }

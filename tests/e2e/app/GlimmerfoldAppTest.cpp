@@ -6,18 +6,16 @@
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
-#include "GlimmerfoldLauncher.h"
+#include "x11/GestureHands.h"
+#include "x11/GlimmerfoldLauncher.h"
+#include "x11/ScreenGrab.h"
 #include "x11/X11DesktopTest.h"
 
 namespace gf::test {
 namespace {
 
 using namespace std::chrono_literals;
-
-constexpr std::initializer_list<std::uint32_t> moveKeys{Keysym::controlL, Keysym::superL};
 
 // The real build/glimmerfold on a private desktop, with its own settings (setup completed),
 // runtime directory and log.
@@ -27,18 +25,29 @@ class GlimmerfoldAppTest : public X11DesktopTest {
         X11DesktopTest::SetUp();
         ASSERT_FALSE(HasFatalFailure());
         glimmerfold_ = std::make_unique<GlimmerfoldLauncher>(desktop());
+        hands_ = std::make_unique<GestureHands>(desktop());
+    }
+
+    void TearDown() override {
+        if (hands_) {
+            hands_->release();
+        }
     }
 
     std::unique_ptr<ChildProcess> launch(const std::string& outputName,
-                                         GlimmerfoldLauncher::Environment environment = {},
                                          const std::vector<std::string>& arguments = {}) {
-        std::string error;
-        // Only read when the program is built with AddressSanitizer.
-        environment.emplace_back("LSAN_OPTIONS", "suppressions=" GLIMMERFOLD_LSAN_SUPPRESSIONS);
-        auto process = glimmerfold_->launch(GLIMMERFOLD_EXECUTABLE, outputName, &error, environment,
-                                            arguments);
-        EXPECT_NE(process, nullptr) << error;
+        auto process = glimmerfold_->launch(outputName, arguments);
+        EXPECT_NE(process, nullptr) << glimmerfold_->error();
         return process;
+    }
+    bool startTrayHost() {
+        std::string error;
+        EXPECT_TRUE(desktop().startTrayHost(&error)) << error;
+        return !HasFailure();
+    }
+    TrayHost& tray() { return desktop().trayHost(); }
+    std::optional<QImage> grabScreen() {
+        return test::grabScreen(desktop().connection(), desktop().root());
     }
     std::string output(const std::string& outputName) { return glimmerfold_->output(outputName); }
 
@@ -54,7 +63,7 @@ class GlimmerfoldAppTest : public X11DesktopTest {
     };
     Answer command(const std::vector<std::string>& arguments) {
         const std::string name = "command-" + std::to_string(++commandsRun_) + ".log";
-        const auto process = launch(name, {}, arguments);
+        const auto process = launch(name, arguments);
         if (!process) {
             return {};
         }
@@ -64,27 +73,17 @@ class GlimmerfoldAppTest : public X11DesktopTest {
     std::string notRunning() {
         return "Glimmerfold is not running on display " + desktop().displayName() + ".\n";
     }
-    std::string savedSettings() const {
-        std::stringstream settings;
-        settings << std::ifstream(glimmerfold_->settingsFile()).rdbuf();
-        return settings.str();
-    }
-
-    void clickAt(double x, double y, int button) {
-        input().movePointerTo(static_cast<int>(x), static_cast<int>(y));
-        input().pressButton(button);
-        input().releaseButton(button);
-    }
+    std::string savedSettings() const { return glimmerfold_->settingsText(); }
 
     // A window is mapped before it is drawn: the screen counts once the window's area differs
     // from what was there before and two reads agree.
-    std::optional<QImage> drawnArea(const Rect& frame, const QImage& before) const {
+    std::optional<QImage> drawnArea(const Rect& frame, const QImage& before) {
         const QRect area(static_cast<int>(frame.x), static_cast<int>(frame.y),
                          static_cast<int>(frame.width), static_cast<int>(frame.height));
         std::optional<QImage> screen;
         QImage previous;
         const bool drawn = waitUntil([&] {
-            screen = glimmerfold_->tray().grabScreen();
+            screen = grabScreen();
             if (!screen) {
                 return false;
             }
@@ -111,69 +110,47 @@ class GlimmerfoldAppTest : public X11DesktopTest {
     }
 
     std::unique_ptr<GlimmerfoldLauncher> glimmerfold_;
+    std::unique_ptr<GestureHands> hands_;
     int commandsRun_ = 0;
 };
 
 TEST_F(GlimmerfoldAppTest, MovesAWindowWhileControlSuperIsHeldAndQuitsFromTheTrayMenu) {
-    ASSERT_TRUE(glimmerfold_->startTrayHost()) << "trayer took no tray selection";
+    ASSERT_TRUE(startTrayHost());
     auto glimmerfold = launch("glimmerfold.log");
     ASSERT_NE(glimmerfold, nullptr);
-    const std::optional<Rect> icon = glimmerfold_->waitForTrayIcon();
-    ASSERT_TRUE(icon) << "no tray icon\n" << output("glimmerfold.log");
+    ASSERT_TRUE(tray().waitForIcon()) << "no tray icon\n" << output("glimmerfold.log");
 
     TestClient& logo = desktop().startXlogo(300, 250, 200, 150);
-    const Rect before = *probe().frameGeometry(logo.window);
-    const auto origin = glimmerfold_->beginGesture(moveKeys, logo.window, 400, 330, 3, 0);
-    ASSERT_TRUE(origin) << "the window never followed the pointer\n" << output("glimmerfold.log");
-    for (int step = 1; step <= 6; ++step) {
-        input().movePointerTo(400 + 20 * step, 330 + 15 * step);
-    }
-    const Rect expected{before.x + 520 - origin->x, before.y + 420 - origin->y, before.width,
-                        before.height};
-    EXPECT_TRUE(waitUntil([&] { return probe().frameGeometry(logo.window) == expected; }))
-        << "frame at " << probe().frameGeometry(logo.window)->x << ","
-        << probe().frameGeometry(logo.window)->y << ", expected " << expected.x << ","
-        << expected.y;
-    glimmerfold_->release(moveKeys);
+    const GestureOutcome move = hands_->perform(GestureKind::move, logo.window, 120, 90);
+    EXPECT_TRUE(move.exact()) << move << "\n" << output("glimmerfold.log");
     input().movePointerBy(50, 50);
     input().sync();
     processEventsFor(200ms);
-    EXPECT_EQ(probe().frameGeometry(logo.window), expected)
+    EXPECT_EQ(probe().frameGeometry(logo.window), move.expected)
         << "the window stays where the gesture left it";
 
-    // The menu opens from the tray icon, as a user would open it; it is the tall popup (a
-    // tooltip may show too).
-    const std::optional<QImage> menuClosed = glimmerfold_->tray().grabScreen();
+    // The menu opens from the tray icon, as a user would open it.
+    const std::optional<QImage> menuClosed = grabScreen();
     ASSERT_TRUE(menuClosed);
-    clickAt(icon->x + icon->width / 2, icon->y + icon->height / 2, 3);
-    const TrayProbe& tray = glimmerfold_->tray();
-    std::optional<Rect> menuFrame;
-    ASSERT_TRUE(waitUntil([&] {
-        for (const WindowId popup : tray.popups("Glimmerfold")) {
-            menuFrame = tray.rootGeometry(popup);
-            if (menuFrame && menuFrame->height > 100) {
-                return true;
-            }
-        }
-        return false;
-    })) << "the tray menu did not open";
+    const std::optional<Rect> menuFrame = tray().openMenu();
+    ASSERT_TRUE(menuFrame) << "the tray menu did not open";
     const std::optional<QImage> menuShown = drawnArea(*menuFrame, *menuClosed);
     ASSERT_TRUE(menuShown) << "the tray menu was never drawn";
-    EXPECT_TRUE(TrayProbe::saveImage(
-        *menuShown, std::filesystem::path(GLIMMERFOLD_SCREENSHOT_DIR) / "tray-menu.png"));
+    EXPECT_TRUE(
+        saveImage(*menuShown, std::filesystem::path(GLIMMERFOLD_SCREENSHOT_DIR) / "tray-menu.png"));
 
     // "Quit Glimmerfold" is the last item.
-    clickAt(menuFrame->x + menuFrame->width / 2, menuFrame->y + menuFrame->height - 12, 1);
+    tray().clickAt(menuFrame->midX(), menuFrame->maxY() - 12, 1);
     EXPECT_EQ(glimmerfold->waitForExit(10s), 0) << output("glimmerfold.log");
-    EXPECT_TRUE(waitUntil([&] { return !tray.findViewable("Glimmerfold").has_value(); }))
+    EXPECT_TRUE(waitUntil([&] { return !tray().findIcon().has_value(); }))
         << "the tray icon went with the program";
 }
 
 TEST_F(GlimmerfoldAppTest, SecondLaunchShowsTheRunningOnesSettingsAndTerminationEndsAMove) {
-    ASSERT_TRUE(glimmerfold_->startTrayHost()) << "trayer took no tray selection";
+    ASSERT_TRUE(startTrayHost());
     auto first = launch("first.log");
     ASSERT_NE(first, nullptr);
-    ASSERT_TRUE(glimmerfold_->waitForTrayIcon()) << output("first.log");
+    ASSERT_TRUE(tray().waitForIcon()) << output("first.log");
     EXPECT_FALSE(probe().findClientByClass("Glimmerfold")) << "no window until asked";
 
     auto second = launch("second.log");
@@ -184,13 +161,13 @@ TEST_F(GlimmerfoldAppTest, SecondLaunchShowsTheRunningOnesSettingsAndTermination
         return (settings = probe().findClientByClass("Glimmerfold")).has_value();
     })) << output("first.log");
     // Not shown in the dock by default: kept out of the taskbar.
-    EXPECT_TRUE(waitUntil(
-        [&] { return glimmerfold_->tray().hasState(*settings, "_NET_WM_STATE_SKIP_TASKBAR"); }));
+    EXPECT_TRUE(
+        waitUntil([&] { return probe().hasState(*settings, "_NET_WM_STATE_SKIP_TASKBAR"); }));
 
     // Terminated during a move, it exits cleanly and nobody moves the window any more.
     TestClient& logo = desktop().startXlogo(200, 200, 200, 150);
     const Rect before = *probe().frameGeometry(logo.window);
-    const auto origin = glimmerfold_->beginGesture(moveKeys, logo.window, 300, 280, 3, 0);
+    const auto origin = hands_->begin(GestureKind::move, logo.window, 300, 280);
     ASSERT_TRUE(origin) << output("first.log");
     input().movePointerTo(340, 300);
     const Rect moved{before.x + 340 - origin->x, before.y + 300 - origin->y, before.width,
@@ -202,14 +179,14 @@ TEST_F(GlimmerfoldAppTest, SecondLaunchShowsTheRunningOnesSettingsAndTermination
     input().sync();
     processEventsFor(300ms);
     EXPECT_EQ(probe().frameGeometry(logo.window), moved);
-    glimmerfold_->release(moveKeys);
 }
 
 // Under Wayland the first run cannot get past the grants; closing the wizard, as the window
 // manager's close button does, ends Glimmerfold cleanly instead of leaving it running unseen.
 TEST_F(GlimmerfoldAppTest, ClosingTheFirstRunWizardQuitsCleanly) {
-    std::ofstream(glimmerfold_->settingsFile()) << "[General]\nhasCompletedSetup=false\n";
-    auto glimmerfold = launch("glimmerfold.log", {{"XDG_SESSION_TYPE", "wayland"}});
+    glimmerfold_->writeSettings("[General]\nhasCompletedSetup=false\n");
+    glimmerfold_->setEnvironment("XDG_SESSION_TYPE", "wayland");
+    auto glimmerfold = launch("glimmerfold.log");
     ASSERT_NE(glimmerfold, nullptr);
     std::optional<WindowId> wizard;
     ASSERT_TRUE(waitUntil(
@@ -217,9 +194,8 @@ TEST_F(GlimmerfoldAppTest, ClosingTheFirstRunWizardQuitsCleanly) {
         << output("glimmerfold.log");
     requestClose(*wizard);
     EXPECT_EQ(glimmerfold->waitForExit(10s), 0) << output("glimmerfold.log");
-    std::stringstream settings;
-    settings << std::ifstream(glimmerfold_->settingsFile()).rdbuf();
-    EXPECT_NE(settings.str().find("hasCompletedSetup=false"), std::string::npos) << settings.str();
+    EXPECT_NE(savedSettings().find("hasCompletedSetup=false"), std::string::npos)
+        << savedSettings();
 }
 
 TEST_F(GlimmerfoldAppTest, WithoutATrayTheSettingsWindowOpensAndSaysWhy) {
@@ -259,8 +235,8 @@ TEST_F(GlimmerfoldAppTest, CommandsWithNoInstanceRunningSaySoAndSettingsStartsOn
         EXPECT_EQ(std::count(answer.output.begin(), answer.output.end(), '\n'), 1) << answer;
     }
 
-    ASSERT_TRUE(glimmerfold_->startTrayHost()) << "trayer took no tray selection";
-    auto started = launch("started.log", {}, {"--settings"});
+    ASSERT_TRUE(startTrayHost());
+    auto started = launch("started.log", {"--settings"});
     ASSERT_NE(started, nullptr);
     // With a tray to live in, only --settings brings the window up.
     ASSERT_TRUE(
@@ -277,25 +253,25 @@ TEST_F(GlimmerfoldAppTest, CommandsWithNoInstanceRunningSaySoAndSettingsStartsOn
 // Each command does what the tray menu's item does, saved as the menu saves it, and says what
 // is now true.
 TEST_F(GlimmerfoldAppTest, CommandsDriveTheRunningInstanceAsItsTrayMenuDoes) {
-    ASSERT_TRUE(glimmerfold_->startTrayHost()) << "trayer took no tray selection";
+    ASSERT_TRUE(startTrayHost());
     auto running = launch("running.log");
     ASSERT_NE(running, nullptr);
-    ASSERT_TRUE(glimmerfold_->waitForTrayIcon()) << output("running.log");
+    ASSERT_TRUE(tray().waitForIcon()) << output("running.log");
     TestClient& logo = desktop().startXlogo(300, 250, 200, 150);
 
     EXPECT_EQ(command({"--disable"}), (Answer{0, "Glimmerfold is now disabled.\n"}));
     EXPECT_NE(savedSettings().find("isEnabled=false"), std::string::npos) << savedSettings();
-    EXPECT_FALSE(glimmerfold_->beginGesture(moveKeys, logo.window, 400, 330, 3, 0))
+    EXPECT_FALSE(hands_->begin(GestureKind::move, logo.window, 400, 330, 1500ms))
         << "a window followed the keys while disabled";
-    glimmerfold_->release(moveKeys);
+    hands_->release();
     EXPECT_EQ(command({"--disable"}), (Answer{0, "Glimmerfold was already disabled.\n"}));
 
     EXPECT_EQ(command({"--toggle"}), (Answer{0, "Glimmerfold is now enabled.\n"}));
     EXPECT_NE(savedSettings().find("isEnabled=true"), std::string::npos) << savedSettings();
-    EXPECT_TRUE(glimmerfold_->beginGesture(moveKeys, logo.window, 400, 330, 3, 0))
+    EXPECT_TRUE(hands_->begin(GestureKind::move, logo.window, 400, 330))
         << "no window followed the keys once enabled again\n"
         << output("running.log");
-    glimmerfold_->release(moveKeys);
+    hands_->release();
     EXPECT_EQ(command({"--enable"}), (Answer{0, "Glimmerfold was already enabled.\n"}));
 
     EXPECT_FALSE(probe().findClientByClass("Glimmerfold")) << "no window until asked";

@@ -14,10 +14,7 @@
 #include <random>
 #include <sstream>
 
-#include "GestureHands.h"
-#include "GlimmerfoldUnderTest.h"
-#include "TrayMenu.h"
-#include "x11/X11DesktopTest.h"
+#include "x11/GlimmerfoldDesktopTest.h"
 
 namespace gf::test {
 namespace {
@@ -66,27 +63,10 @@ struct SoakFigures {
     int destroyedMidGesture = 0;
 };
 
-class SoakTest : public X11DesktopTest {
+class SoakTest : public GlimmerfoldDesktopTest {
   protected:
-    void SetUp() override {
-        if (const auto reason = GlimmerfoldUnderTest::sandboxUnavailable()) {
-            GTEST_SKIP() << *reason;
-        }
-        X11DesktopTest::SetUp();
-        ASSERT_FALSE(HasFatalFailure());
-        glimmerfold_ = std::make_unique<GlimmerfoldUnderTest>(desktop());
-        hands_ = std::make_unique<GestureHands>(desktop());
-        tray_ = std::make_unique<TrayMenu>(desktop());
-        std::string error;
-        ASSERT_TRUE(tray_->startTrayHost(&error)) << error;
-        glimmerfold_->writeSettings(GlimmerfoldUnderTest::settingsWith(
-            {"magneticsEnabled=true", "autoRaiseEnabled=true", "autoRaiseDelay=0.05"}));
-    }
-
-    void TearDown() override {
-        if (hands_) {
-            hands_->release();
-        }
+    std::vector<std::string> settings() const override {
+        return {"magneticsEnabled=true", "autoRaiseEnabled=true", "autoRaiseDelay=0.05"};
     }
 
     int random(int low, int high) { return std::uniform_int_distribution(low, high)(random_); }
@@ -175,9 +155,6 @@ class SoakTest : public X11DesktopTest {
         return last;
     }
 
-    std::unique_ptr<GlimmerfoldUnderTest> glimmerfold_;
-    std::unique_ptr<GestureHands> hands_;
-    std::unique_ptr<TrayMenu> tray_;
     std::vector<WindowId> windows_;
     std::mt19937 random_;
 };
@@ -188,9 +165,8 @@ TEST_F(SoakTest, GesturesOverWindowsThatComeAndGo) {
     random_.seed(static_cast<std::mt19937::result_type>(seed));
     std::cout << "soak: " << gestures << " gestures, seed " << seed << std::endl;
 
-    auto program = glimmerfold_->launch();
-    ASSERT_NE(program, nullptr);
-    ASSERT_TRUE(glimmerfold_->waitForEventTaps(1, 30s)) << glimmerfold_->output();
+    auto program = start("glimmerfold.out", 30s);
+    ASSERT_TRUE(program && !HasFailure());
     SoakFigures figures;
     while (static_cast<int>(windows_.size()) < 4) {
         createWindow(figures);
@@ -216,12 +192,12 @@ TEST_F(SoakTest, GesturesOverWindowsThatComeAndGo) {
         const int y = grab->y;
         const Point towards = grab->towards;
         const Rect start = *probe().frameGeometry(target);
-        ASSERT_TRUE(hands_->begin(kind, target, x, y, 10s, towards))
+        ASSERT_TRUE(hands().begin(kind, target, x, y, 10s, towards))
             << (kind == GestureKind::move ? "a move" : "a resize") << " of " << target << " at "
             << start.x << "," << start.y << " " << start.width << "x" << start.height
             << " did not begin, grabbed at " << x << "," << y << " towards " << towards.x << ","
             << towards.y << "\n"
-            << glimmerfold_->output();
+            << glimmerfold().output();
         ++(kind == GestureKind::move ? figures.moves : figures.resizes);
 
         // A few steps that keep the frame inside the arena (resizes within sensible sizes).
@@ -243,7 +219,7 @@ TEST_F(SoakTest, GesturesOverWindowsThatComeAndGo) {
         }
         const std::optional<Rect> beforeRelease =
             destroyMidway ? std::nullopt : settledFrame(target);
-        hands_->release(chance(0.5));
+        hands().release(chance(0.5));
 
         // The keys are up: moving on must leave the window where the gesture left it.
         input().movePointerTo(std::clamp(pointerX + 40, 0, kScreenWidth - 1),
@@ -264,7 +240,7 @@ TEST_F(SoakTest, GesturesOverWindowsThatComeAndGo) {
                 createWindow(figures);
             }
         }
-        ASSERT_TRUE(program->isRunning()) << glimmerfold_->output();
+        ASSERT_TRUE(program->isRunning()) << glimmerfold().output();
         if (gesture == std::min(50, gestures)) {
             residentAfterWarmUp = residentKilobytes(program->pid());
         }
@@ -278,15 +254,15 @@ TEST_F(SoakTest, GesturesOverWindowsThatComeAndGo) {
               << residentAtEnd << " kB at the end" << std::endl;
 
     // One event tap was started, so the log holds its line and nothing else.
-    const std::vector<std::string> log = glimmerfold_->logLines();
-    ASSERT_EQ(log.size(), 1u) << fileText(glimmerfold_->logFile());
+    const std::vector<std::string> log = glimmerfold().logLines();
+    ASSERT_EQ(log.size(), 1u) << fileText(glimmerfold().logFile());
     EXPECT_NE(log[0].find("] [EventTap] Created and enabled successfully."), std::string::npos)
         << log[0];
 
     // A clean exit, which is also when LeakSanitizer looks for leaks.
     ::kill(program->pid(), SIGTERM);
-    EXPECT_EQ(program->waitForExit(60s), 0) << glimmerfold_->output();
-    const std::string output = glimmerfold_->output();
+    EXPECT_EQ(program->waitForExit(60s), 0) << glimmerfold().output();
+    const std::string output = glimmerfold().output();
     for (const char* report : {"AddressSanitizer", "LeakSanitizer", "runtime error"}) {
         EXPECT_EQ(output.find(report), std::string::npos) << output;
     }

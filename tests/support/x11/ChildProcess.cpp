@@ -1,6 +1,7 @@
 #include "x11/ChildProcess.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -10,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <sstream>
 #include <thread>
 
@@ -164,6 +166,43 @@ void ChildProcess::terminate(std::chrono::milliseconds grace) {
     }
     kill(pid_, SIGKILL);
     reap(true);
+}
+
+std::string lastLines(const std::filesystem::path& file, std::size_t lines) {
+    std::ifstream stream(file);
+    std::vector<std::string> all;
+    for (std::string line; std::getline(stream, line);) {
+        all.push_back(line);
+    }
+    std::ostringstream text;
+    for (std::size_t i = all.size() > lines ? all.size() - lines : 0; i < all.size(); ++i) {
+        text << "  " << all[i] << "\n";
+    }
+    return text.str();
+}
+
+std::optional<std::string> readLine(int fd, std::chrono::milliseconds timeout) {
+    std::string line;
+    const auto deadline = std::chrono::steady_clock::now() + timeout;
+    while (std::chrono::steady_clock::now() < deadline) {
+        pollfd descriptor{fd, POLLIN, 0};
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+            deadline - std::chrono::steady_clock::now());
+        if (poll(&descriptor, 1, static_cast<int>(std::max<long>(1, left.count()))) <= 0) {
+            continue;
+        }
+        char buffer[32];
+        const ssize_t count = read(fd, buffer, sizeof buffer);
+        if (count <= 0) {
+            return std::nullopt;  // the writer is gone
+        }
+        line.append(buffer, static_cast<std::size_t>(count));
+        if (line.find('\n') != std::string::npos) {
+            line.resize(line.find('\n'));
+            return line;
+        }
+    }
+    return std::nullopt;
 }
 
 }  // namespace gf::test

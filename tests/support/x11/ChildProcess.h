@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -49,5 +50,12 @@ class ChildProcess {
     bool reaped_ = false;
     int status_ = 0;
 };
+
+// The first line written to the descriptor (such as one a child inherited), without its end;
+// nullopt when the writer closes it first or the time runs out.
+std::optional<std::string> readLine(int fd, std::chrono::milliseconds timeout);
+
+// The last lines of a file, such as a process's output, each indented for a failure message.
+std::string lastLines(const std::filesystem::path& file, std::size_t lines);
 
 }  // namespace gf::test

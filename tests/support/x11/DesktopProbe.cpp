@@ -235,6 +235,24 @@ std::vector<std::uint32_t> DesktopProbe::frameExtents(WindowId client) const {
     return cardinals(connection_, client, atom("_NET_FRAME_EXTENTS"), 4);
 }
 
+bool DesktopProbe::hasState(WindowId client, const std::string& state) const {
+    const std::vector<std::uint32_t> states =
+        cardinals(connection_, client, atom("_NET_WM_STATE"), 64);
+    return std::find(states.begin(), states.end(), atom(state)) != states.end();
+}
+
+std::optional<Rect> DesktopProbe::rootGeometry(WindowId window) const {
+    const auto geometry =
+        xcbReply(connection_, xcb_get_geometry_reply, xcb_get_geometry(connection_, window));
+    const auto translated = xcbReply(connection_, xcb_translate_coordinates_reply,
+                                     xcb_translate_coordinates(connection_, window, root_, 0, 0));
+    if (!geometry || !translated) {
+        return std::nullopt;
+    }
+    return Rect{static_cast<double>(translated->dst_x), static_cast<double>(translated->dst_y),
+                static_cast<double>(geometry->width), static_cast<double>(geometry->height)};
+}
+
 std::vector<std::uint32_t> DesktopProbe::clientSideExtents(WindowId client) const {
     return cardinals(connection_, client, atom("_GTK_FRAME_EXTENTS"), 4);
 }

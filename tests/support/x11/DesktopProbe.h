@@ -59,6 +59,11 @@ class DesktopProbe {
     // decorations (_GTK_FRAME_EXTENTS: left, right, top, bottom); empty when none.
     std::vector<std::uint32_t> clientSideExtents(WindowId client) const;
 
+    // Whether _NET_WM_STATE lists the named state atom.
+    bool hasState(WindowId client, const std::string& state) const;
+    // Any window's own rectangle (no frame around it) in root coordinates.
+    std::optional<Rect> rootGeometry(WindowId window) const;
+
     std::optional<std::int32_t> pidOf(WindowId client) const;
     std::optional<std::string> classOf(WindowId client) const;
     // Every window carrying WM_STATE below the root, mapped or not; without a

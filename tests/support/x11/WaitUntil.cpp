@@ -10,23 +10,21 @@ namespace gf::test {
 
 namespace {
 
-// Between polls the event loop runs for this long, so a poll that asks the X
-// server does not hammer it while clients and the window manager catch up.
-constexpr std::chrono::milliseconds kPollInterval(5);
-
-void runEventLoop(std::chrono::milliseconds period) {
+void runEventLoop(std::chrono::microseconds period) {
     if (QCoreApplication::instance() == nullptr) {
         std::this_thread::sleep_for(period);
         return;
     }
     QEventLoop loop;
-    QTimer::singleShot(period, &loop, &QEventLoop::quit);
+    QTimer::singleShot(std::chrono::ceil<std::chrono::milliseconds>(period), &loop,
+                       &QEventLoop::quit);
     loop.exec();
 }
 
 }  // namespace
 
-bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds timeout) {
+bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds timeout,
+               std::chrono::microseconds interval) {
     const auto deadline = std::chrono::steady_clock::now() + timeout;
     while (true) {
         if (QCoreApplication::instance() != nullptr) {
@@ -38,7 +36,7 @@ bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds
         if (std::chrono::steady_clock::now() >= deadline) {
             return false;
         }
-        runEventLoop(kPollInterval);
+        runEventLoop(interval);
     }
 }
 

@@ -1,9 +1,7 @@
 #include "x11/X11Desktop.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <unistd.h>
-#include <xcb/randr.h>
 #include <xcb/xcb.h>
 
 #include <array>
@@ -14,6 +12,7 @@
 #include <stdexcept>
 
 #include "platform/x11/XcbReply.h"
+#include "x11/MonitorLayout.h"
 #include "x11/WaitUntil.h"
 
 namespace gf::test {
@@ -22,58 +21,11 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto kServerStartTimeout = 5000ms;
+constexpr auto kServerStartTimeout = 10s;
 constexpr auto kWindowTimeout = 5000ms;
 // A window mapped while openbox is still starting may be left unmanaged;
 // after this long the probe window is mapped again.
 constexpr auto kProbeRetry = 500ms;
-
-// No key or mouse bindings (they would grab Super and friends), no margins,
-// no animations, one desktop: windows land exactly where they are asked to.
-constexpr const char* kOpenboxConfig = R"(<?xml version="1.0" encoding="UTF-8"?>
-<openbox_config xmlns="http://openbox.org/3.4/rc">
-  <resistance><strength>0</strength><screen_edge_strength>0</screen_edge_strength></resistance>
-  <focus><focusNew>yes</focusNew><followMouse>no</followMouse></focus>
-  <placement><policy>Smart</policy></placement>
-  <theme><animateIconify>no</animateIconify></theme>
-  <desktops><number>1</number></desktops>
-  <margins><top>0</top><bottom>0</bottom><left>0</left><right>0</right></margins>
-  <keyboard></keyboard>
-  <mouse></mouse>
-  <menu></menu>
-  <applications></applications>
-</openbox_config>
-)";
-
-// The others, likewise: no task bar or toolbar (a panel would shrink the work
-// area), no key bindings, no snapping or resistance of their own.
-constexpr const char* kIcewmPreferences = R"(ShowTaskBar=0
-Win95Keys=0
-ModSuperIsCtrlAlt=0
-ClickToFocus=1
-FocusOnMap=1
-EdgeSwitch=0
-HorizontalEdgeSwitch=0
-VerticalEdgeSwitch=0
-SnapMove=0
-SnapDistance=0
-EdgeResistance=0
-WorkspaceNames=" 1 "
-)";
-
-constexpr const char* kFluxboxInit = R"(session.screen0.toolbar.visible: false
-session.screen0.slit.autoHide: true
-session.screen0.workspaces: 1
-session.screen0.edgeSnapThreshold: 0
-session.screen0.focusModel: ClickFocus
-session.screen0.windowPlacement: RowSmartPlacement
-session.styleFile: /usr/share/fluxbox/styles/Emerge
-session.configVersion: 13
-)";
-
-// Without a wallpaper setter installed, fluxbox's fbsetbg otherwise pops up a
-// message box a few seconds after the start, over the windows and with the focus.
-constexpr const char* kFluxboxOverlay = "background: unset\n";
 
 // WM_SIZE_HINTS flags.
 constexpr std::uint32_t kUserPosition = 1u << 0;
@@ -81,42 +33,10 @@ constexpr std::uint32_t kUserSize = 1u << 1;
 constexpr std::uint32_t kMinSize = 1u << 4;
 constexpr std::uint32_t kMaxSize = 1u << 5;
 
-std::string tail(const std::filesystem::path& file, std::size_t lines) {
-    std::ifstream stream(file);
-    std::vector<std::string> all;
-    for (std::string line; std::getline(stream, line);) {
-        all.push_back(line);
-    }
-    std::ostringstream text;
-    for (std::size_t i = all.size() > lines ? all.size() - lines : 0; i < all.size(); ++i) {
-        text << "  " << all[i] << "\n";
-    }
-    return text.str();
-}
-
-std::optional<std::string> readDisplayNumber(int fd, std::chrono::milliseconds timeout) {
-    std::string number;
-    const auto deadline = std::chrono::steady_clock::now() + timeout;
-    while (std::chrono::steady_clock::now() < deadline) {
-        pollfd descriptor{fd, POLLIN, 0};
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-            deadline - std::chrono::steady_clock::now());
-        if (poll(&descriptor, 1, static_cast<int>(std::max<long>(1, left.count()))) <= 0) {
-            continue;
-        }
-        char buffer[32];
-        const ssize_t count = read(fd, buffer, sizeof buffer);
-        if (count <= 0) {
-            return std::nullopt;  // the server exited
-        }
-        number.append(buffer, static_cast<std::size_t>(count));
-        if (number.find('\n') != std::string::npos) {
-            number.resize(number.find('\n'));
-            return number;
-        }
-    }
-    return std::nullopt;
-}
+// _NET_MOVERESIZE_WINDOW: position and size given, from a tool rather than the application.
+constexpr std::uint32_t kGravityNorthWest = 1;
+constexpr std::uint32_t kMoveResizeAllFields = (1u << 8) | (1u << 9) | (1u << 10) | (1u << 11);
+constexpr std::uint32_t kSourceIndicationTool = 2;
 
 }  // namespace
 
@@ -127,6 +47,7 @@ void X11Desktop::Disconnect::operator()(xcb_connection_t* connection) const {
 X11Desktop::X11Desktop() = default;
 
 X11Desktop::~X11Desktop() {
+    trayHost_.reset();
     clients_.clear();
     windowManager_.reset();
     sessionBus_.reset();
@@ -138,35 +59,6 @@ X11Desktop::~X11Desktop() {
         std::error_code ignored;
         std::filesystem::remove_all(directory_, ignored);
     }
-}
-
-const char* nameOf(WindowManager windowManager) {
-    switch (windowManager) {
-        case WindowManager::none:
-            return "none";
-        case WindowManager::openbox:
-            return "openbox";
-        case WindowManager::xfwm4:
-            return "xfwm4";
-        case WindowManager::xfwm4Compositing:
-            return "xfwm4Compositing";
-        case WindowManager::icewm:
-            return "icewm";
-        case WindowManager::fluxbox:
-            return "fluxbox";
-    }
-    return "unknown";
-}
-
-void PrintTo(WindowManager windowManager, std::ostream* stream) {
-    *stream << nameOf(windowManager);
-}
-
-const std::vector<WindowManager>& everyWindowManager() {
-    static const std::vector<WindowManager> all{
-        WindowManager::openbox, WindowManager::xfwm4,   WindowManager::xfwm4Compositing,
-        WindowManager::icewm,   WindowManager::fluxbox, WindowManager::none};
-    return all;
 }
 
 std::unique_ptr<X11Desktop> X11Desktop::start(const Options& options, std::string* error) {
@@ -185,7 +77,8 @@ std::unique_ptr<X11Desktop> X11Desktop::start(const Options& options, std::strin
     if (!desktop->startServer(options, error)) {
         return nullptr;
     }
-    if (!desktop->startWindowManager(options.windowManager, error)) {
+    if (!desktop->startWindowManager(options, error) ||
+        (options.trayHost && !desktop->startTrayHost(error))) {
         *error += "\n" + desktop->logTail();
         return nullptr;
     }
@@ -210,7 +103,7 @@ bool X11Desktop::startServer(const Options& options, std::string* error) {
     close(pipe[1]);
     std::optional<std::string> number;
     if (server_) {
-        number = readDisplayNumber(pipe[0], kServerStartTimeout);
+        number = readLine(pipe[0], kServerStartTimeout);
     }
     close(pipe[0]);
     if (!server_) {
@@ -234,63 +127,6 @@ bool X11Desktop::startServer(const Options& options, std::string* error) {
     return true;
 }
 
-ChildProcess::Options X11Desktop::windowManagerProcess(WindowManager windowManager) const {
-    ChildProcess::Options process;
-    process.environment = clientEnvironment();
-    // Each keeps its settings and caches in the desktop's directory; their
-    // themes come from the system's data directories, whatever a test points
-    // the variables at for its own purposes.
-    process.environment.insert(process.environment.end(),
-                               {{"HOME", directory_.string()},
-                                {"XDG_CONFIG_HOME", (directory_ / "config").string()},
-                                {"XDG_CONFIG_DIRS", (directory_ / "config-dirs").string()},
-                                {"XDG_CACHE_HOME", (directory_ / "cache").string()},
-                                {"XDG_DATA_HOME", (directory_ / "data").string()},
-                                {"XDG_DATA_DIRS", "/usr/local/share:/usr/share"}});
-    process.outputFile = (directory_ / "window-manager.log").string();
-    switch (windowManager) {
-        case WindowManager::openbox: {
-            const std::filesystem::path config = directory_ / "rc.xml";
-            std::ofstream(config) << kOpenboxConfig;
-            process.arguments = {"openbox", "--config-file", config.string(), "--sm-disable"};
-            break;
-        }
-        case WindowManager::xfwm4:
-        case WindowManager::xfwm4Compositing:
-            process.arguments = {
-                "xfwm4", "--sm-client-disable",
-                windowManager == WindowManager::xfwm4 ? "--compositor=off" : "--compositor=on"};
-            break;
-        case WindowManager::icewm: {
-            const std::filesystem::path config = directory_ / "icewm";
-            std::filesystem::create_directories(config);
-            std::ofstream(config / "preferences") << kIcewmPreferences;
-            process.environment.emplace_back("ICEWM_PRIVCFG", config.string());
-            process.arguments = {"icewm", "--config=" + (config / "preferences").string()};
-            break;
-        }
-        case WindowManager::fluxbox: {
-            // In fluxbox's own directory: on a first start it overwrites the file given with
-            // -rc by the system's defaults (toolbar, key bindings, wallpaper) unless it is there.
-            const std::filesystem::path config = directory_ / ".fluxbox";
-            std::filesystem::create_directories(config);
-            std::ofstream(config / "keys");
-            std::ofstream(config / "apps");
-            std::ofstream(config / "overlay") << kFluxboxOverlay;
-            std::ofstream(config / "init")
-                << "session.keyFile: " << (config / "keys").string()
-                << "\nsession.appsFile: " << (config / "apps").string()
-                << "\nsession.styleOverlay: " << (config / "overlay").string() << "\n"
-                << kFluxboxInit;
-            process.arguments = {"fluxbox", "-rc", (config / "init").string()};
-            break;
-        }
-        case WindowManager::none:
-            break;
-    }
-    return process;
-}
-
 bool X11Desktop::startSessionBus(std::string* error) {
     const std::filesystem::path socket = directory_ / "session-bus";
     ChildProcess::Options bus;
@@ -309,16 +145,20 @@ bool X11Desktop::startSessionBus(std::string* error) {
     return true;
 }
 
-bool X11Desktop::startWindowManager(WindowManager windowManager, std::string* error) {
+bool X11Desktop::startWindowManager(const Options& options, std::string* error) {
     // xfwm4 reads its settings over D-Bus, and GTK clients look for services
     // there: a private bus keeps both away from whatever session runs the tests.
-    if (!startSessionBus(error)) {
+    if (options.sessionBus && !startSessionBus(error)) {
         return false;
     }
+    const WindowManager windowManager = options.windowManager;
     if (windowManager == WindowManager::none) {
         return true;
     }
-    windowManager_ = ChildProcess::start(windowManagerProcess(windowManager), error);
+    windowManager_ =
+        ChildProcess::start(windowManagerProcess(windowManager, directory_, clientEnvironment(),
+                                                 options.openboxDragBindings),
+                            error);
     if (!windowManager_) {
         return false;
     }
@@ -357,6 +197,7 @@ bool X11Desktop::waitUntilManaging() {
 }
 
 void X11Desktop::killServer() {
+    trayHost_.reset();
     clients_.clear();
     windowManager_.reset();
     server_->terminate(0ms);
@@ -372,10 +213,10 @@ std::vector<std::pair<std::string, std::string>> X11Desktop::clientEnvironment()
 
 std::string X11Desktop::logTail() const {
     std::string text;
-    for (const char* log : {"xvfb.log", "window-manager.log"}) {
+    for (const char* log : {"xvfb.log", "window-manager.log", "trayer.log"}) {
         const std::filesystem::path file = directory_ / log;
         if (std::filesystem::exists(file)) {
-            text += std::string(log) + ":\n" + tail(file, 10);
+            text += std::string(log) + ":\n" + lastLines(file, 10);
         }
     }
     return text;
@@ -431,7 +272,7 @@ TestClient& X11Desktop::startClient(ChildProcess::Options options,
         kWindowTimeout);
     if (!found || !window) {
         throw std::runtime_error(arguments.front() + " showed no window\n" +
-                                 tail(options.outputFile, 5));
+                                 lastLines(options.outputFile, 5));
     }
     client->window = *window;
     waitForWindow(client->window, managed_, framePosition, arguments.front());
@@ -560,71 +401,46 @@ void X11Desktop::destroyWindow(WindowId window) {
 }
 
 void X11Desktop::setMonitors(const std::vector<Rect>& monitors, std::size_t primary) {
-    xcb_connection_t* c = connection_.get();
-    auto resources = xcbReply(c, xcb_randr_get_screen_resources_current_reply,
-                              xcb_randr_get_screen_resources_current(c, root_));
-    if (!resources || xcb_randr_get_screen_resources_current_outputs_length(resources.get()) < 1) {
-        throw std::runtime_error("the server has no RandR output");
-    }
-    const xcb_randr_output_t output =
-        *xcb_randr_get_screen_resources_current_outputs(resources.get());
-    auto outputInfo = xcbReply(c, xcb_randr_get_output_info_reply,
-                               xcb_randr_get_output_info(c, output, resources->config_timestamp));
-    if (!outputInfo) {
-        throw std::runtime_error("cannot read the RandR output");
-    }
-    const std::string outputName(
-        reinterpret_cast<const char*>(xcb_randr_get_output_info_name(outputInfo.get())),
-        static_cast<std::size_t>(xcb_randr_get_output_info_name_length(outputInfo.get())));
+    test::setMonitors(*this, monitors, primary);
+}
 
-    // xrandr does what libxcb-randr's SetMonitor cannot (it sends a malformed
-    // request). Monitors set earlier go first; the automatic monitor of the
-    // output disappears once the output belongs to the first new monitor.
-    std::vector<std::string> arguments{"xrandr"};
-    if (auto existing =
-            xcbReply(c, xcb_randr_get_monitors_reply, xcb_randr_get_monitors(c, root_, 0))) {
-        for (auto it = xcb_randr_get_monitors_monitors_iterator(existing.get()); it.rem > 0;
-             xcb_randr_monitor_info_next(&it)) {
-            if (it.data->automatic == 0) {
-                auto name =
-                    xcbReply(c, xcb_get_atom_name_reply, xcb_get_atom_name(c, it.data->name));
-                if (name) {
-                    arguments.insert(arguments.end(),
-                                     {"--delmonitor",
-                                      std::string(xcb_get_atom_name_name(name.get()),
-                                                  static_cast<std::size_t>(
-                                                      xcb_get_atom_name_name_length(name.get())))});
-                }
-            }
-        }
+bool X11Desktop::startTrayHost(std::string* error) {
+    if (!trayHost_) {
+        trayHost_ = TrayHost::start(*this, error);
     }
-    for (std::size_t i = 0; i < monitors.size(); ++i) {
-        const Rect& m = monitors[i];
-        auto pixels = [](double value) { return std::to_string(static_cast<int>(value)); };
-        // Width/millimetres x height/millimetres + x + y, at about 96 dots per inch.
-        const std::string geometry = pixels(m.width) + "/" + pixels(m.width / 4) + "x" +
-                                     pixels(m.height) + "/" + pixels(m.height / 4) + "+" +
-                                     pixels(m.x) + "+" + pixels(m.y);
-        const std::string name =
-            (i == primary ? "*" : "") + std::string("GLIMMERFOLD-") + std::to_string(i);
-        arguments.insert(arguments.end(),
-                         {"--setmonitor", name, geometry, i == 0 ? outputName : "none"});
+    return trayHost_ != nullptr;
+}
+
+bool X11Desktop::placeWindow(WindowId client, int x, int y, int clientWidth, int clientHeight) {
+    const std::optional<Rect> before = probe_->frameGeometry(client);
+    const std::vector<std::uint32_t> extents = probe_->frameExtents(client);
+    if (!before || extents.size() != 4) {
+        return false;
     }
-    ChildProcess::Options options;
-    options.arguments = arguments;
-    options.environment = clientEnvironment();
-    options.outputFile = (directory_ / "xrandr.log").string();
-    std::string error;
-    auto xrandr = ChildProcess::start(options, &error);
-    if (!xrandr) {
-        throw std::runtime_error(error);
+    // The frame is the client with the decorations around it. The client's own size may still
+    // be on its way from a previous placement, as the window manager resizes the frame first.
+    const Rect expected{static_cast<double>(x), static_cast<double>(y),
+                        static_cast<double>(clientWidth + extents[0] + extents[1]),
+                        static_cast<double>(clientHeight + extents[2] + extents[3])};
+    if (*before == expected) {
+        return true;
     }
-    if (xrandr->waitForExit(kWindowTimeout) != 0) {
-        throw std::runtime_error("xrandr failed:\n" + tail(options.outputFile, 5));
-    }
-    if (probe_->monitors().size() != monitors.size()) {
-        throw std::runtime_error("the server lists other monitors than those set");
-    }
+    xcb_client_message_event_t message{};
+    message.response_type = XCB_CLIENT_MESSAGE;
+    message.format = 32;
+    message.window = client;
+    message.type = probe_->atom("_NET_MOVERESIZE_WINDOW");
+    message.data.data32[0] =
+        kGravityNorthWest | kMoveResizeAllFields | (kSourceIndicationTool << 12);
+    message.data.data32[1] = static_cast<std::uint32_t>(x);
+    message.data.data32[2] = static_cast<std::uint32_t>(y);
+    message.data.data32[3] = static_cast<std::uint32_t>(clientWidth);
+    message.data.data32[4] = static_cast<std::uint32_t>(clientHeight);
+    xcb_send_event(connection_.get(), 0, root_,
+                   XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                   reinterpret_cast<const char*>(&message));
+    xcb_flush(connection_.get());
+    return waitUntil([&] { return probe_->frameGeometry(client) == expected; }, 2s, 2ms);
 }
 
 }  // namespace gf::test

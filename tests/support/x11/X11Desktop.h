@@ -1,8 +1,9 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstdint>
 #include <filesystem>
-#include <iosfwd>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,18 +13,13 @@
 #include "platform/Rect.h"
 #include "x11/ChildProcess.h"
 #include "x11/DesktopProbe.h"
+#include "x11/TrayHost.h"
+#include "x11/WindowManagerSetup.h"
 #include "x11/XTestDriver.h"
 
 struct xcb_connection_t;
 
 namespace gf::test {
-
-// A program with a window on the private desktop.
-struct TestClient {
-    std::unique_ptr<ChildProcess> process;
-    WindowId window = 0;  // its client window
-    std::int32_t pid = 0;
-};
 
 // _NET_WM_STRUT_PARTIAL: reserved widths at the root's edges and the span of
 // each along its edge (start and end inclusive).
@@ -48,21 +44,12 @@ struct TestWindowOptions {
     std::optional<StrutPartial> strut;
 };
 
-// The window managers the desktop can run, each configured so that it grabs
-// no keys of its own and places windows exactly where they ask to be.
-enum class WindowManager {
-    none,
-    openbox,
-    xfwm4,             // compositor off: decorations only
-    xfwm4Compositing,  // compositor on: GTK draws its own decorations and shadows
-    icewm,
-    fluxbox,
+// A program with a window on the private desktop.
+struct TestClient {
+    std::unique_ptr<ChildProcess> process;
+    WindowId window = 0;  // its client window
+    std::int32_t pid = 0;
 };
-const char* nameOf(WindowManager windowManager);
-// Names it where GoogleTest prints a parameter (test lists, failures).
-void PrintTo(WindowManager windowManager, std::ostream* stream);
-// Every window manager above, none included, for suites that run on each.
-const std::vector<WindowManager>& everyWindowManager();
 
 // A private X server (Xvfb, display picked with -displayfd) with a window
 // manager and the clients a test starts, all stopped when the object goes.
@@ -74,6 +61,12 @@ class X11Desktop {
         int height = 800;
         // Started before start() returns, which waits until it manages windows.
         WindowManager windowManager = WindowManager::openbox;
+        // openbox's own Alt + drag move and resize, which the bench compares Glimmerfold with.
+        bool openboxDragBindings = false;
+        // A private D-Bus session for xfwm4's settings and GTK clients; the bench runs without.
+        bool sessionBus = true;
+        // A tray host (trayer), started before start() returns.
+        bool trayHost = false;
     };
 
     // Returns once the server runs and the window manager manages windows;
@@ -96,6 +89,13 @@ class X11Desktop {
 
     XTestDriver& input() { return *input_; }
     const DesktopProbe& probe() const { return *probe_; }
+    pid_t serverPid() const { return server_->pid(); }
+    pid_t windowManagerPid() const { return windowManager_->pid(); }
+
+    // Starts the tray host unless it runs; false with the reason when it does not come up.
+    bool startTrayHost(std::string* error);
+    // The tray host; only once started.
+    TrayHost& trayHost() { return *trayHost_; }
 
     // Start a program and return once its window is managed, mapped and, when
     // a place was given, at that place. They throw std::runtime_error on failure.
@@ -116,6 +116,9 @@ class X11Desktop {
     WindowId createWindow(const TestWindowOptions& options);
     WindowId createDock(int x, int y, int width, int height, const StrutPartial& strut);
     void destroyWindow(WindowId window);
+    // Asks the window manager for a frame at (x, y) around a client of the given size and waits
+    // until it is there; false when it never gets there.
+    bool placeWindow(WindowId client, int x, int y, int clientWidth, int clientHeight);
 
     // Replaces the RandR monitors by these rectangles (root coordinates) in
     // this order, the one at index primary being the primary monitor. The
@@ -125,7 +128,7 @@ class X11Desktop {
     // Stops the X server at once, as when the session ends under the clients.
     void killServer();
 
-    // The last lines of the server's and the window manager's logs.
+    // The last lines of the server's, the window manager's and the tray host's logs.
     std::string logTail() const;
 
   private:
@@ -134,14 +137,13 @@ class X11Desktop {
     };
 
     bool startServer(const Options& options, std::string* error);
-    bool startWindowManager(WindowManager windowManager, std::string* error);
+    bool startWindowManager(const Options& options, std::string* error);
     bool startSessionBus(std::string* error);
-    ChildProcess::Options windowManagerProcess(WindowManager windowManager) const;
     bool waitUntilManaging();
-    void waitForWindow(WindowId window, bool managed,
-                       std::optional<std::pair<int, int>> framePosition, const std::string& what);
     void setProperty(WindowId window, const std::string& property, std::uint32_t type,
                      std::uint8_t format, std::uint32_t count, const void* data);
+    void waitForWindow(WindowId window, bool managed,
+                       std::optional<std::pair<int, int>> framePosition, const std::string& what);
 
     std::filesystem::path directory_;
     std::unique_ptr<ChildProcess> server_;
@@ -156,6 +158,7 @@ class X11Desktop {
     std::unique_ptr<XTestDriver> input_;
     std::unique_ptr<DesktopProbe> probe_;
     std::vector<std::unique_ptr<TestClient>> clients_;
+    std::unique_ptr<TrayHost> trayHost_;
 };
 
 }  // namespace gf::test

@@ -11,27 +11,53 @@
 namespace gf::test {
 
 XTestDriver::XTestDriver(xcb_connection_t* connection, std::uint32_t root)
-    : connection_(connection), root_(root) {}
-
-std::uint8_t XTestDriver::keycodeOf(std::uint32_t keysym) {
+    : connection_(connection), root_(root) {
     const xcb_setup_t* setup = xcb_get_setup(connection_);
-    const int count = setup->max_keycode - setup->min_keycode + 1;
-    auto mapping = xcbReply(connection_, xcb_get_keyboard_mapping_reply,
-                            xcb_get_keyboard_mapping(connection_, setup->min_keycode,
-                                                     static_cast<std::uint8_t>(count)));
-    if (!mapping) {
-        throw std::runtime_error("cannot read the keyboard mapping");
+    firstKeycode_ = setup->min_keycode;
+    const auto count = static_cast<std::uint8_t>(setup->max_keycode - setup->min_keycode + 1);
+    if (auto mapping = xcbReply(connection_, xcb_get_keyboard_mapping_reply,
+                                xcb_get_keyboard_mapping(connection_, firstKeycode_, count))) {
+        const xcb_keysym_t* keysyms = xcb_get_keyboard_mapping_keysyms(mapping.get());
+        keysyms_.assign(keysyms, keysyms + xcb_get_keyboard_mapping_keysyms_length(mapping.get()));
+        keysymsPerKeycode_ = mapping->keysyms_per_keycode;
     }
-    const xcb_keysym_t* keysyms = xcb_get_keyboard_mapping_keysyms(mapping.get());
-    const int perKeycode = mapping->keysyms_per_keycode;
-    for (int key = 0; key < count; ++key) {
-        for (int column = 0; column < perKeycode; ++column) {
-            if (keysyms[key * perKeycode + column] == keysym) {
-                return static_cast<std::uint8_t>(setup->min_keycode + key);
-            }
+}
+
+std::unique_ptr<XTestDriver> XTestDriver::connect(const std::string& displayName,
+                                                  std::string* error) {
+    xcb_connection_t* connection = xcb_connect(displayName.c_str(), nullptr);
+    if (xcb_connection_has_error(connection) != 0) {
+        xcb_disconnect(connection);
+        *error = "cannot connect to " + displayName + " to play input";
+        return nullptr;
+    }
+    auto driver = std::make_unique<XTestDriver>(
+        connection, xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root);
+    driver->ownsConnection_ = true;
+    return driver;
+}
+
+XTestDriver::~XTestDriver() {
+    if (ownsConnection_) {
+        xcb_disconnect(connection_);
+    }
+}
+
+std::uint8_t XTestDriver::findKeycode(std::uint32_t keysym) const {
+    for (std::size_t i = 0; keysymsPerKeycode_ > 0 && i < keysyms_.size(); ++i) {
+        if (keysyms_[i] == keysym) {
+            return static_cast<std::uint8_t>(firstKeycode_ + i / keysymsPerKeycode_);
         }
     }
-    throw std::runtime_error("no key produces keysym " + std::to_string(keysym));
+    return 0;
+}
+
+std::uint8_t XTestDriver::keycodeOf(std::uint32_t keysym) const {
+    const std::uint8_t keycode = findKeycode(keysym);
+    if (keycode == 0) {
+        throw std::runtime_error("no key produces keysym " + std::to_string(keysym));
+    }
+    return keycode;
 }
 
 void XTestDriver::fakeInput(std::uint8_t type, std::uint8_t detail, int x, int y) {
@@ -42,6 +68,12 @@ void XTestDriver::fakeInput(std::uint8_t type, std::uint8_t detail, int x, int y
     if (!accepted) {
         throw std::runtime_error("the X server refused an XTest request");
     }
+}
+
+void XTestDriver::sendInput(std::uint8_t type, std::uint8_t detail, int x, int y) {
+    xcb_test_fake_input(connection_, type, detail, XCB_CURRENT_TIME, root_,
+                        static_cast<std::int16_t>(x), static_cast<std::int16_t>(y), 0);
+    xcb_flush(connection_);
 }
 
 void XTestDriver::pressKey(std::uint32_t keysym) {
@@ -66,6 +98,22 @@ void XTestDriver::pressButton(int button) {
 
 void XTestDriver::releaseButton(int button) {
     fakeInput(XCB_BUTTON_RELEASE, static_cast<std::uint8_t>(button), 0, 0);
+}
+
+bool XTestDriver::sendKeyPress(std::uint32_t keysym) {
+    const std::uint8_t keycode = findKeycode(keysym);
+    if (keycode != 0) {
+        sendInput(XCB_KEY_PRESS, keycode, 0, 0);
+    }
+    return keycode != 0;
+}
+
+void XTestDriver::sendPointerTo(int x, int y) {
+    sendInput(XCB_MOTION_NOTIFY, 0, x, y);
+}
+
+void XTestDriver::sendPointerBy(int dx, int dy) {
+    sendInput(XCB_MOTION_NOTIFY, 1, dx, dy);
 }
 
 void XTestDriver::sync() {

@@ -1,13 +1,14 @@
-#include "GlimmerfoldUnderTest.h"
+#include "x11/GlimmerfoldLauncher.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <fstream>
 #include <sstream>
 
 #include "x11/WaitUntil.h"
+#include "x11/X11Desktop.h"
 
 namespace gf::test {
 
@@ -33,16 +34,21 @@ std::vector<std::string> linesOf(const std::string& text) {
     return lines;
 }
 
-GlimmerfoldUnderTest::GlimmerfoldUnderTest(X11Desktop& desktop)
+GlimmerfoldLauncher::GlimmerfoldLauncher(X11Desktop& desktop, Options options)
     : desktop_(desktop),
+      options_(std::move(options)),
       home_(desktop.directory() / "home"),
       privateTmp_(desktop.directory() / "tmp"),
-      kept_{desktop.directory(), std::filesystem::path(GLIMMERFOLD_EXECUTABLE).parent_path()} {
+      kept_{desktop.directory(), std::filesystem::path(executable()).parent_path()} {
+    if (options_.program.empty()) {
+        options_.program = executable();
+    }
     std::filesystem::create_directories(home_ / "config/glimmerfold");
-    std::filesystem::create_directories(home_ / "runtime");
+    std::filesystem::create_directories(runtimeDirectory());
     std::filesystem::create_directories(privateTmp_);
-    ::chmod((home_ / "runtime").c_str(), 0700);
+    ::chmod(runtimeDirectory().c_str(), 0700);
     ::chmod(privateTmp_.c_str(), 01777);
+    writeSettings(settingsWith(options_.settings));
     // Only read by a program built with the sanitizers (the dev preset): leaks inside system
     // libraries are not reported, and undefined behaviour stops the program at once.
     const std::filesystem::path suppressions(GLIMMERFOLD_LSAN_SUPPRESSIONS);
@@ -51,7 +57,11 @@ GlimmerfoldUnderTest::GlimmerfoldUnderTest(X11Desktop& desktop)
     keepVisible(suppressions.parent_path());
 }
 
-std::optional<std::string> GlimmerfoldUnderTest::sandboxUnavailable() {
+std::string GlimmerfoldLauncher::executable() {
+    return GLIMMERFOLD_EXECUTABLE;
+}
+
+std::optional<std::string> GlimmerfoldLauncher::sandboxUnavailable() {
     static const std::optional<std::string> reason = []() -> std::optional<std::string> {
         const std::filesystem::path directory =
             std::filesystem::temp_directory_path() /
@@ -75,11 +85,11 @@ std::optional<std::string> GlimmerfoldUnderTest::sandboxUnavailable() {
     return reason;
 }
 
-std::filesystem::path GlimmerfoldUnderTest::settingsFile() const {
+std::filesystem::path GlimmerfoldLauncher::settingsFile() const {
     return home_ / "config/glimmerfold/glimmerfold.conf";
 }
 
-std::string GlimmerfoldUnderTest::settingsWith(const std::vector<std::string>& lines) {
+std::string GlimmerfoldLauncher::settingsWith(const std::vector<std::string>& lines) {
     std::string text = "[General]\nhasCompletedSetup=true\n";
     for (const std::string& line : lines) {
         text += line + "\n";
@@ -87,56 +97,63 @@ std::string GlimmerfoldUnderTest::settingsWith(const std::vector<std::string>& l
     return text;
 }
 
-void GlimmerfoldUnderTest::writeSettings(const std::string& contents) const {
+void GlimmerfoldLauncher::writeSettings(const std::string& contents) const {
     std::ofstream(settingsFile(), std::ios::binary | std::ios::trunc) << contents;
 }
 
-std::string GlimmerfoldUnderTest::settingsText() const {
+std::string GlimmerfoldLauncher::settingsText() const {
     return fileText(settingsFile());
 }
 
-void GlimmerfoldUnderTest::setEnvironment(const std::string& name, const std::string& value) {
+void GlimmerfoldLauncher::setEnvironment(const std::string& name, const std::string& value) {
     environment_.emplace_back(name, value);
 }
 
-void GlimmerfoldUnderTest::keepVisible(const std::filesystem::path& directory) {
+void GlimmerfoldLauncher::keepVisible(const std::filesystem::path& directory) {
     kept_.push_back(directory);
 }
 
-std::unique_ptr<ChildProcess> GlimmerfoldUnderTest::launch(const std::string& outputName) {
+std::unique_ptr<ChildProcess> GlimmerfoldLauncher::launch(
+    const std::string& outputName, const std::vector<std::string>& arguments) {
     ChildProcess::Options options;
-    options.arguments = {GLIMMERFOLD_SANDBOX, "--tmp", privateTmp_.string()};
-    for (const std::filesystem::path& directory : kept_) {
-        // Only what lies under /tmp would be hidden.
-        if (directory.string().rfind("/tmp/", 0) == 0) {
-            options.arguments.insert(options.arguments.end(), {"--keep", directory.string()});
+    if (options_.sandboxed) {
+        options.arguments = {GLIMMERFOLD_SANDBOX, "--tmp", privateTmp_.string()};
+        for (const std::filesystem::path& directory : kept_) {
+            // Only what lies under /tmp would be hidden.
+            if (directory.string().rfind("/tmp/", 0) == 0) {
+                options.arguments.insert(options.arguments.end(), {"--keep", directory.string()});
+            }
         }
+        options.arguments.emplace_back("--");
     }
-    options.arguments.insert(options.arguments.end(), {"--", GLIMMERFOLD_EXECUTABLE});
+    options.arguments.push_back(options_.program);
+    options.arguments.insert(options.arguments.end(), arguments.begin(), arguments.end());
     options.environment = desktop_.clientEnvironment();
-    options.environment.emplace_back("XDG_CONFIG_HOME", (home_ / "config").string());
-    options.environment.emplace_back("XDG_RUNTIME_DIR", (home_ / "runtime").string());
-    options.environment.emplace_back("XDG_CACHE_HOME", (home_ / "cache").string());
-    options.environment.emplace_back("XDG_DATA_HOME", (home_ / "data").string());
-    options.environment.emplace_back("HOME", home_.string());
+    const std::pair<const char*, const char*> homes[] = {{"XDG_CONFIG_HOME", "config"},
+                                                         {"XDG_RUNTIME_DIR", "runtime"},
+                                                         {"XDG_CACHE_HOME", "cache"},
+                                                         {"XDG_DATA_HOME", "data"}};
+    for (const auto& [variable, folder] : homes) {
+        options.environment.emplace_back(variable, (home_ / folder).string());
+    }
+    if (options_.sandboxed) {
+        options.environment.emplace_back("HOME", home_.string());
+    }
     options.environment.insert(options.environment.end(), environment_.begin(), environment_.end());
     options.outputFile = (desktop_.directory() / outputName).string();
     outputNames_.push_back(outputName);
-    std::string error;
-    auto process = ChildProcess::start(options, &error);
-    EXPECT_NE(process, nullptr) << error;
-    return process;
+    return ChildProcess::start(options, &error_);
 }
 
-std::string GlimmerfoldUnderTest::output(const std::string& outputName) const {
+std::string GlimmerfoldLauncher::output(const std::string& outputName) const {
     return fileText(desktop_.directory() / outputName);
 }
 
-std::vector<std::string> GlimmerfoldUnderTest::outputLines(const std::string& outputName) const {
+std::vector<std::string> GlimmerfoldLauncher::outputLines(const std::string& outputName) const {
     return linesOf(output(outputName));
 }
 
-std::string GlimmerfoldUnderTest::sanitizerReports() const {
+std::string GlimmerfoldLauncher::sanitizerReports() const {
     std::string reports;
     for (const std::string& name : outputNames_) {
         const std::string text = output(name);
@@ -150,21 +167,20 @@ std::string GlimmerfoldUnderTest::sanitizerReports() const {
     return reports;
 }
 
-std::vector<std::string> GlimmerfoldUnderTest::logLines() const {
+std::vector<std::string> GlimmerfoldLauncher::logLines() const {
     return linesOf(fileText(logFile()));
 }
 
-bool GlimmerfoldUnderTest::waitForEventTaps(std::size_t count,
-                                            std::chrono::milliseconds timeout) const {
-    return waitUntil(
-        [&] {
-            const std::vector<std::string> lines = logLines();
-            return static_cast<std::size_t>(
-                       std::count_if(lines.begin(), lines.end(), [](const std::string& line) {
-                           return line.find(kEventTapCreated) != std::string::npos;
-                       })) >= count;
-        },
-        timeout);
+std::size_t GlimmerfoldLauncher::eventTapsLogged() const {
+    const std::vector<std::string> lines = logLines();
+    return static_cast<std::size_t>(std::count_if(lines.begin(), lines.end(), [](const auto& line) {
+        return line.find(kEventTapCreated) != std::string::npos;
+    }));
+}
+
+bool GlimmerfoldLauncher::waitForEventTaps(std::size_t count,
+                                           std::chrono::milliseconds timeout) const {
+    return waitUntil([&] { return eventTapsLogged() >= count; }, timeout);
 }
 
 }  // namespace gf::test

@@ -44,6 +44,8 @@ class GestureHands {
     std::optional<Point> begin(GestureKind kind, WindowId window, int x, int y,
                                std::chrono::milliseconds timeout = std::chrono::seconds(10),
                                Point towards = {1, 1});
+    // Holds the gesture's keys without moving the pointer.
+    void hold(GestureKind kind);
     // Lets go of the keys, the gesture's own key first unless `controlFirst`.
     void release(bool controlFirst = false);
 

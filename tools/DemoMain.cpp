@@ -11,16 +11,17 @@
 #include <iostream>
 #include <string>
 
-#include "GlimmerfoldLauncher.h"
+#include "x11/GestureHands.h"
+#include "x11/GlimmerfoldLauncher.h"
+#include "x11/ScreenGrab.h"
 #include "x11/WaitUntil.h"
+#include "x11/X11Desktop.h"
 
 namespace {
 
 using namespace std::chrono_literals;
 using gf::Rect;
-using gf::test::Keysym::altL;
-using gf::test::Keysym::controlL;
-using gf::test::Keysym::superL;
+using gf::test::GestureKind;
 
 std::string describe(const Rect& r) {
     return std::to_string(static_cast<int>(r.x)) + "," + std::to_string(static_cast<int>(r.y)) +
@@ -35,30 +36,35 @@ class Demo {
 
     int run() {
         std::string error;
-        desktop_ = gf::test::X11Desktop::start({}, &error);
+        gf::test::X11Desktop::Options options;
+        options.trayHost = true;
+        desktop_ = gf::test::X11Desktop::start(options, &error);
         if (!desktop_) {
             std::cerr << "demo: cannot start the private X server: " << error << '\n';
             return 1;
         }
         std::filesystem::create_directories(output_);
-        glimmerfold_ = std::make_unique<gf::test::GlimmerfoldLauncher>(*desktop_);
-        glimmerfold_->startTrayHost();
+        gf::test::GlimmerfoldLauncher::Options launch;
+        launch.program = program_;
+        glimmerfold_ = std::make_unique<gf::test::GlimmerfoldLauncher>(*desktop_, launch);
+        hands_ = std::make_unique<gf::test::GestureHands>(*desktop_);
         const std::string log = (output_ / "glimmerfold.log").string();
-        process_ = glimmerfold_->launch(program_, log, &error);
+        process_ = glimmerfold_->launch(log);
         // Running once its tray icon is up.
-        if (!process_ || !glimmerfold_->waitForTrayIcon() || !process_->isRunning()) {
-            std::cerr << "demo: Glimmerfold did not come up (" << error << "); see " << log << '\n';
+        if (!process_ || !desktop_->trayHost().waitForIcon() || !process_->isRunning()) {
+            std::cerr << "demo: Glimmerfold did not come up (" << glimmerfold_->error() << "); see "
+                      << log << '\n';
             return 1;
         }
         logo_ = desktop_->startXlogo(300, 250, 260, 200).window;
         shot("1-start");
 
-        const bool moved = step("move", {controlL, superL}, 430, 350, 190, 110, [](Rect b, Rect a) {
+        const bool moved = step("move", GestureKind::move, 430, 350, 190, 110, [](Rect b, Rect a) {
             return a.x > b.x + 100 && a.y > b.y + 50 && a.width == b.width;
         });
         // The corner nearest the pointer follows: grab near the bottom right.
         const Rect afterMove = frame();
-        const bool resized = step("resize", {controlL, altL}, afterMove.maxX() - 20,
+        const bool resized = step("resize", GestureKind::resize, afterMove.maxX() - 20,
                                   afterMove.maxY() - 20, 120, 90, [](Rect b, Rect a) {
                                       return a.width > b.width + 60 && a.height > b.height + 40 &&
                                              a.x == b.x && a.y == b.y;
@@ -66,7 +72,7 @@ class Demo {
         // Carried to within a few pixels of the screen's left edge, it sticks to it.
         const Rect afterResize = frame();
         const bool snapped =
-            step("snap", {controlL, superL}, afterResize.x + 60, afterResize.y + 60,
+            step("snap", GestureKind::move, afterResize.x + 60, afterResize.y + 60,
                  -(static_cast<int>(afterResize.x) - 4), 0, [](Rect, Rect a) { return a.x == 0; });
 
         ::kill(process_->pid(), SIGTERM);
@@ -81,27 +87,26 @@ class Demo {
 
     void shot(const std::string& name) {
         const auto path = output_ / (name + ".png");
-        if (!glimmerfold_->tray().saveScreenshot(path)) {
+        const auto screen = gf::test::grabScreen(desktop_->connection(), desktop_->root());
+        if (!screen || !gf::test::saveImage(*screen, path)) {
             std::cerr << "demo: could not save " << path << '\n';
         }
     }
 
     // Holds the keys with the pointer at (x, y) until the window reacts, carries it by (dx, dy),
     // lets go, and reports whether `worked` holds for the frames before and after.
-    bool step(const std::string& name, std::initializer_list<std::uint32_t> keys, double x,
-              double y, int dx, int dy, const std::function<bool(Rect, Rect)>& worked) {
+    bool step(const std::string& name, GestureKind kind, double x, double y, int dx, int dy,
+              const std::function<bool(Rect, Rect)>& worked) {
         const Rect before = frame();
         const int px = static_cast<int>(x);
         const int py = static_cast<int>(y);
-        const int nx = dx < 0 ? -3 : 3;
-        const int ny = dy != 0 ? 3 : 0;
-        glimmerfold_->beginGesture(keys, logo_, px, py, nx, ny);
+        hands_->begin(kind, logo_, px, py, 10s, {dx < 0 ? -1.0 : 1.0, dy != 0 ? 1.0 : 0.0});
         for (int i = 1; i <= 8; ++i) {
             desktop_->input().movePointerTo(px + dx * i / 8, py + dy * i / 8);
         }
         Rect after = frame();
         gf::test::waitUntil([&] { return worked(before, after = frame()); }, 3s);
-        glimmerfold_->release(keys);
+        hands_->release();
         const bool ok = worked(before, after);
         std::cout << "demo: " << name << ": " << describe(before) << " -> " << describe(after)
                   << (ok ? "" : "  (not as expected)") << '\n';
@@ -113,6 +118,7 @@ class Demo {
     std::filesystem::path output_;
     std::unique_ptr<gf::test::X11Desktop> desktop_;
     std::unique_ptr<gf::test::GlimmerfoldLauncher> glimmerfold_;
+    std::unique_ptr<gf::test::GestureHands> hands_;
     std::unique_ptr<gf::test::ChildProcess> process_;
     gf::test::WindowId logo_ = 0;
     int shots_ = 0;

@@ -1,4 +1,4 @@
-#include "GestureHands.h"
+#include "x11/GestureHands.h"
 
 #include "x11/WaitUntil.h"
 
@@ -79,10 +79,7 @@ std::optional<Point> GestureHands::begin(GestureKind kind, WindowId window, int 
             return std::nullopt;
         }
         desktop_.input().movePointerTo(x, y);
-        desktop_.input().pressKey(Keysym::controlL);
-        desktop_.input().pressKey(secondKey(kind));
-        held_ = kind;
-        holding_ = true;
+        hold(kind);
         if (const std::optional<Point> origin =
                 nudgeUntilFollowed(kind, window, *before, x, y, towards)) {
             return origin;
@@ -90,6 +87,13 @@ std::optional<Point> GestureHands::begin(GestureKind kind, WindowId window, int 
         release();
     } while (std::chrono::steady_clock::now() < deadline);
     return std::nullopt;
+}
+
+void GestureHands::hold(GestureKind kind) {
+    desktop_.input().pressKey(Keysym::controlL);
+    desktop_.input().pressKey(secondKey(kind));
+    held_ = kind;
+    holding_ = true;
 }
 
 void GestureHands::release(bool controlFirst) {

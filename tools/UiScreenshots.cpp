@@ -1,7 +1,7 @@
-// Shows every Settings tab and every setup-wizard page on the X server named by $DISPLAY, walks
-// through them as a user would, and saves what the server shows of each as a PNG in the folder
-// given as the only argument. Exits with 1 when a step did not behave (each is reported on
-// stderr), so the end-to-end test that starts it fails too.
+// Shows every Settings tab and every setup-wizard page on a private X server with openbox, an
+// xterm and an xlogo, walks through them as a user would, and saves what the server shows of each
+// as a PNG in the folder given as the only argument (make screenshots: build/screenshots). Exits
+// with 1 when a step did not behave (each is reported on stderr).
 
 #include <QApplication>
 #include <QDir>
@@ -12,6 +12,7 @@
 #include <QScrollBar>
 #include <QTemporaryDir>
 #include <QWindow>
+#include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -34,6 +35,7 @@
 #include "ui/WidgetUiFactory.h"
 #include "x11/DesktopProbe.h"
 #include "x11/WaitUntil.h"
+#include "x11/X11Desktop.h"
 
 namespace gf::test {
 namespace {
@@ -307,10 +309,24 @@ int run(const QString& folder) {
 }  // namespace gf::test
 
 int main(int argc, char** argv) {
-    QApplication application(argc, argv);
     if (argc != 2) {
         std::cerr << "usage: glimmerfold_ui_screenshots <folder for the PNG files>\n";
         return 2;
     }
+    std::string error;
+    auto desktop = gf::test::X11Desktop::start({}, &error);
+    if (!desktop) {
+        std::cerr << "cannot start the private X server: " << error << '\n';
+        return 1;
+    }
+    // The running applications the ignore list offers.
+    desktop->startXterm(40, 40);
+    desktop->startXlogo(700, 60, 200, 200);
+    setenv("DISPLAY", desktop->displayName().c_str(), 1);
+    setenv("QT_QPA_PLATFORM", "xcb", 1);
+    setenv("XDG_SESSION_TYPE", "x11", 1);
+    // Whatever the views write (the login item) stays in the desktop's directory.
+    setenv("XDG_CONFIG_HOME", (desktop->directory() / "config").c_str(), 1);
+    QApplication application(argc, argv);
     return gf::test::run(QString::fromLocal8Bit(argv[1]));
 }

@@ -1,0 +1,88 @@
+#include "x11/MonitorLayout.h"
+
+#include <xcb/randr.h>
+#include <xcb/xcb.h>
+
+#include <stdexcept>
+
+#include "platform/x11/XcbReply.h"
+#include "x11/X11Desktop.h"
+
+namespace gf::test {
+
+namespace {
+
+constexpr std::chrono::milliseconds kXrandrTimeout(5000);
+
+}  // namespace
+
+void setMonitors(X11Desktop& desktop, const std::vector<Rect>& monitors, std::size_t primary) {
+    xcb_connection_t* c = desktop.connection();
+    const WindowId root = desktop.root();
+    auto resources = xcbReply(c, xcb_randr_get_screen_resources_current_reply,
+                              xcb_randr_get_screen_resources_current(c, root));
+    if (!resources || xcb_randr_get_screen_resources_current_outputs_length(resources.get()) < 1) {
+        throw std::runtime_error("the server has no RandR output");
+    }
+    const xcb_randr_output_t output =
+        *xcb_randr_get_screen_resources_current_outputs(resources.get());
+    auto outputInfo = xcbReply(c, xcb_randr_get_output_info_reply,
+                               xcb_randr_get_output_info(c, output, resources->config_timestamp));
+    if (!outputInfo) {
+        throw std::runtime_error("cannot read the RandR output");
+    }
+    const std::string outputName(
+        reinterpret_cast<const char*>(xcb_randr_get_output_info_name(outputInfo.get())),
+        static_cast<std::size_t>(xcb_randr_get_output_info_name_length(outputInfo.get())));
+
+    // xrandr does what libxcb-randr's SetMonitor cannot (it sends a malformed
+    // request). Monitors set earlier go first; the automatic monitor of the
+    // output disappears once the output belongs to the first new monitor.
+    std::vector<std::string> arguments{"xrandr"};
+    if (auto existing =
+            xcbReply(c, xcb_randr_get_monitors_reply, xcb_randr_get_monitors(c, root, 0))) {
+        for (auto it = xcb_randr_get_monitors_monitors_iterator(existing.get()); it.rem > 0;
+             xcb_randr_monitor_info_next(&it)) {
+            if (it.data->automatic == 0) {
+                auto name =
+                    xcbReply(c, xcb_get_atom_name_reply, xcb_get_atom_name(c, it.data->name));
+                if (name) {
+                    arguments.insert(arguments.end(),
+                                     {"--delmonitor",
+                                      std::string(xcb_get_atom_name_name(name.get()),
+                                                  static_cast<std::size_t>(
+                                                      xcb_get_atom_name_name_length(name.get())))});
+                }
+            }
+        }
+    }
+    for (std::size_t i = 0; i < monitors.size(); ++i) {
+        const Rect& m = monitors[i];
+        auto pixels = [](double value) { return std::to_string(static_cast<int>(value)); };
+        // Width/millimetres x height/millimetres + x + y, at about 96 dots per inch.
+        const std::string geometry = pixels(m.width) + "/" + pixels(m.width / 4) + "x" +
+                                     pixels(m.height) + "/" + pixels(m.height / 4) + "+" +
+                                     pixels(m.x) + "+" + pixels(m.y);
+        const std::string name =
+            (i == primary ? "*" : "") + std::string("GLIMMERFOLD-") + std::to_string(i);
+        arguments.insert(arguments.end(),
+                         {"--setmonitor", name, geometry, i == 0 ? outputName : "none"});
+    }
+    ChildProcess::Options options;
+    options.arguments = arguments;
+    options.environment = desktop.clientEnvironment();
+    options.outputFile = (desktop.directory() / "xrandr.log").string();
+    std::string error;
+    auto xrandr = ChildProcess::start(options, &error);
+    if (!xrandr) {
+        throw std::runtime_error(error);
+    }
+    if (xrandr->waitForExit(kXrandrTimeout) != 0) {
+        throw std::runtime_error("xrandr failed:\n" + lastLines(options.outputFile, 5));
+    }
+    if (desktop.probe().monitors().size() != monitors.size()) {
+        throw std::runtime_error("the server lists other monitors than those set");
+    }
+}
+
+}  // namespace gf::test
