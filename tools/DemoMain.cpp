@@ -93,19 +93,30 @@ class Demo {
         }
     }
 
-    // Holds the keys with the pointer at (x, y) until the window reacts, carries it by (dx, dy),
-    // lets go, and reports whether `worked` holds for the frames before and after.
+    // Holds the keys with the pointer at (x, y) until the window reacts, takes the pointer (dx, dy)
+    // from where the gesture measures from, lets go once the frame has settled, and reports
+    // whether `worked` holds for the frames before and after.
     bool step(const std::string& name, GestureKind kind, double x, double y, int dx, int dy,
               const std::function<bool(Rect, Rect)>& worked) {
         const Rect before = frame();
         const int px = static_cast<int>(x);
         const int py = static_cast<int>(y);
-        hands_->begin(kind, logo_, px, py, 10s, {dx < 0 ? -1.0 : 1.0, dy != 0 ? 1.0 : 0.0});
+        const gf::Point from =
+            hands_->begin(kind, logo_, px, py, 10s, {dx < 0 ? -1.0 : 1.0, dy != 0 ? 1.0 : 0.0})
+                .value_or(gf::Point{x, y});
         for (int i = 1; i <= 8; ++i) {
-            desktop_->input().movePointerTo(px + dx * i / 8, py + dy * i / 8);
+            desktop_->input().movePointerTo(static_cast<int>(from.x) + dx * i / 8,
+                                            static_cast<int>(from.y) + dy * i / 8);
         }
         Rect after = frame();
-        gf::test::waitUntil([&] { return worked(before, after = frame()); }, 3s);
+        gf::test::waitUntil(
+            [&] {
+                const Rect now = frame();
+                const bool settled = now == after;
+                after = now;
+                return settled && worked(before, after);
+            },
+            3s, 50ms);
         hands_->release();
         const bool ok = worked(before, after);
         std::cout << "demo: " << name << ": " << describe(before) << " -> " << describe(after)
