@@ -7,7 +7,6 @@
 #include "FrameWatcher.h"
 #include "LatencyMatch.h"
 #include "MotionPath.h"
-#include "ProcessMeter.h"
 #include "StackingWatcher.h"
 #include "WindowCrowd.h"
 
@@ -82,40 +81,12 @@ TEST_F(BenchHarnessTest, OpenboxsOwnDragIsReportedMotionByMotionInOrder) {
     }
 }
 
-TEST_F(BenchHarnessTest, PutsTheWindowBackAndMeasuresTheDesktopsProcesses) {
-    ASSERT_TRUE(desktop_->placeWindow(stage_->client(), 420, 310, 260, 170));
-    EXPECT_TRUE(stage_->watcher().waitForLatest(
-        [](const FrameReport& r) { return r.x == 420 && r.y == 310; }, 2s));
-    const std::optional<Rect> frame = desktop_->probe().frameGeometry(stage_->client());
-    ASSERT_TRUE(frame);
-    EXPECT_EQ(frame->origin(), (Point{420, 310}));
-    ASSERT_TRUE(desktop_->placeWindow(stage_->client(), 300, 250, 200, 150));
-    EXPECT_EQ(desktop_->probe().frameGeometry(stage_->client())->origin(), (Point{300, 250}));
-
-    for (pid_t pid : {desktop_->serverPid(), desktop_->windowManagerPid()}) {
-        const ProcessSample sample = sampleProcess(pid);
-        ASSERT_TRUE(sample.valid) << pid;
-        EXPECT_GT(sample.residentKiB, 1000u);
-        EXPECT_FALSE(sample.threads.empty());
-    }
-}
-
-TEST_F(BenchHarnessTest, TheCrowdStaysClearOfTheWindowAndARaiseIsReportedAsItHappens) {
+TEST_F(BenchHarnessTest, ARaiseIsReportedAsItHappens) {
     std::string error;
     auto crowd = WindowCrowd::open(desktop_->displayName(), &error);
     ASSERT_NE(crowd, nullptr) << error;
-    const Rect keepClear{240, 190, 320, 290};
-    ASSERT_TRUE(crowd->growTo(40, keepClear));
+    ASSERT_TRUE(crowd->growTo(40, Rect{240, 190, 320, 290}));
     const test::DesktopProbe& probe = desktop_->probe();
-    std::size_t seen = 0;
-    for (test::WindowId client : probe.allClients()) {
-        if (probe.classOf(client) == "GlimmerfoldBench") {
-            ++seen;
-            EXPECT_FALSE(probe.frameGeometry(client)->intersects(keepClear)) << client;
-            EXPECT_TRUE(probe.isAbove(client, stage_->client())) << "opened later, stacked higher";
-        }
-    }
-    EXPECT_EQ(seen, 40u);
 
     auto stacking = StackingWatcher::open(desktop_->displayName(), &error);
     ASSERT_NE(stacking, nullptr) << error;

@@ -1,9 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-
 #include <utility>
 #include <vector>
 
@@ -65,56 +61,25 @@ BenchResults sample() {
     return results;
 }
 
+// Each goal against the numbers it must be judged on; a goal found by the start of its text.
 TEST(ReportTest, HoldsEachGoalAgainstTheRightNumbers) {
     const std::vector<GoalCheck> checks = checkGoals(sample());
-    const GoalCheck* latency = find(checks, "Latency of a move at 500 Hz");
-    ASSERT_NE(latency, nullptr);
-    EXPECT_FALSE(latency->met) << "p50 4.2 ms is over 1 ms";
-    const GoalCheck* desktop = find(checks, "Glimmerfold + openbox + Xvfb CPU while moving at 500");
-    ASSERT_NE(desktop, nullptr);
-    EXPECT_TRUE(desktop->met) << "6 % against 10 % is 0.6 ×";
-    const GoalCheck* idle = find(checks, "No gesture, auto raise off, 1000 Hz");
-    ASSERT_NE(idle, nullptr);
-    EXPECT_TRUE(idle->met) << "0.2 more wake-ups a second than at rest is noise";
-    const GoalCheck* raising = find(checks, "No gesture, auto raise on, 1000 Hz");
-    ASSERT_NE(raising, nullptr);
-    EXPECT_FALSE(raising->met) << "12 wake-ups a second is over 10";
-    const GoalCheck* raise = find(checks, "Auto raise: rest on a window");
-    ASSERT_NE(raise, nullptr);
-    EXPECT_TRUE(raise->met) << "judged on p95 (12 ms), not on the one 25 ms";
-    const GoalCheck* start = find(checks, "Keys pressed to gesture begun with 300 windows");
-    ASSERT_NE(start, nullptr);
-    EXPECT_TRUE(start->met) << "p50 2.0 ms";
-    const GoalCheck* growth = find(checks, "Keys pressed to gesture begun grows");
-    ASSERT_NE(growth, nullptr);
-    EXPECT_FALSE(growth->met) << "+1.2 ms against +0.2 ms for 90 windows: at most 0.64 + 0.5";
-    EXPECT_TRUE(find(checks, "Resident set after start-up")->met);
-    EXPECT_FALSE(find(checks, "Resident set not growing")->met) << "2 MB more is growth";
-}
-
-TEST(ReportTest, WritesTheTablesAndTheSameNumbersAsJson) {
-    const BenchResults results = sample();
-    const std::string markdown = markdownReport(results);
-    EXPECT_NE(markdown.find("| move | 500 Hz | Glimmerfold | 1500 | 4.20 |"), std::string::npos)
-        << markdown;
-    EXPECT_NE(markdown.find("| 10.50 | 9.10 |"), std::string::npos) << "ratios to openbox";
-    EXPECT_NE(markdown.find("**no**"), std::string::npos);
-    EXPECT_NE(markdown.find("| 3 | 260 ms | 400 ms | 250 ms | 400 ms |"), std::string::npos)
-        << "start-up median, first, fastest, slowest";
-
-    const QJsonObject json =
-        QJsonDocument::fromJson(QByteArray::fromStdString(jsonReport(results))).object();
-    const QJsonArray latency = json["latency"].toArray();
-    ASSERT_EQ(latency.size(), 2);
-    EXPECT_EQ(latency[0].toObject()["latencyMs"].toObject()["p99"].toDouble(), 9.1);
-    EXPECT_EQ(json["memory"].toObject()["gesturesTaken"].toInt(), 1000);
-    EXPECT_EQ(
-        json["gestureStart"].toArray()[2].toObject()["followingMs"].toObject()["p50"].toDouble(),
-        2.0);
-    EXPECT_NE(markdown.find("| 300 | 20 | 0.00 | 0.00 | 0.00 | 2.00 | 2.30 | 2.50 |"),
-              std::string::npos)
-        << "keys to begun, by windows open";
-    EXPECT_EQ(json["goals"].toArray().size(), static_cast<qsizetype>(checkGoals(results).size()));
+    const std::vector<std::pair<std::string, bool>> expected{
+        {"Latency of a move at 500 Hz", false},                          // p50 4.2 ms is over 1 ms
+        {"Glimmerfold + openbox + Xvfb CPU while moving at 500", true},  // 6 % against 10 %
+        {"No gesture, auto raise off, 1000 Hz", true},  // 0.2 wake-ups more than at rest: noise
+        {"No gesture, auto raise on, 1000 Hz", false},  // 12 wake-ups a second is over 10
+        {"Auto raise: rest on a window", true},         // p95 12 ms, not the one 25 ms
+        {"Keys pressed to gesture begun with 300 windows", true},  // p50 2.0 ms
+        {"Keys pressed to gesture begun grows", false},  // +1.2 ms for 90 windows: over 0.64 + 0.5
+        {"Resident set after start-up", true},
+        {"Resident set not growing", false},  // 2 MB more is growth
+    };
+    for (const auto& [goal, met] : expected) {
+        const GoalCheck* check = find(checks, goal);
+        ASSERT_NE(check, nullptr) << goal;
+        EXPECT_EQ(check->met, met) << goal;
+    }
 }
 
 }  // namespace
