@@ -1,4 +1,4 @@
-// Monitors come and go between gestures; the X server is not there or goes away.
+// The X server is not there or goes away.
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -11,47 +11,6 @@ namespace gf::test {
 namespace {
 
 using namespace std::chrono_literals;
-
-TEST_F(FaultTest, SnappingFollowsMonitorsAddedAndRemovedBetweenGestures) {
-    glimmerfold().writeSettings(GlimmerfoldLauncher::settingsWith());  // magnetics on
-    desktop().setMonitors({{0, 0, 640, 800}, {640, 0, 640, 800}});
-    auto program = start();
-    ASSERT_NE(program, nullptr);
-    TestClient& logo = desktop().startXlogo(300, 300, 160, 120);
-
-    // Takes the frame's left edge to `shortBy` pixels short of `seam`, well inside the snapping
-    // distance: it lands on the seam when that is a monitor's edge.
-    auto leftEdgeNear = [&](int seam, int shortBy, bool seamIsAnEdge) {
-        const Rect start = frameOf(logo.window);
-        const int x = static_cast<int>(start.midX());
-        const int y = static_cast<int>(start.midY());
-        const std::optional<Point> origin = hands().begin(kMove, logo.window, x, y);
-        ASSERT_TRUE(origin);
-        const int pointerX = static_cast<int>(origin->x + (seam - shortBy - start.x));
-        const int pointerY = static_cast<int>(origin->y);
-        for (int step = 1; step <= 4; ++step) {
-            input().movePointerTo(x + (pointerX - x) * step / 4, y + (pointerY - y) * step / 4);
-        }
-        Rect expected = GestureHands::expectedFrame(kMove, start, *origin, pointerX, pointerY);
-        expected.x = seamIsAnEdge ? seam : expected.x;
-        EXPECT_TRUE(waitUntil([&] { return probe().frameGeometry(logo.window) == expected; }))
-            << "near " << seam << " the frame is at x " << frameOf(logo.window).x << " instead of "
-            << expected.x;
-        hands().release();
-    };
-    auto moveAway = [&] { EXPECT_TRUE(hands().perform(kMove, logo.window, -300, 0).began); };
-
-    leftEdgeNear(640, 6, true);
-    desktop().setMonitors({{0, 0, 1280, 800}});
-    moveAway();
-    leftEdgeNear(640, 6, false);
-    desktop().setMonitors({{0, 0, 400, 800}, {400, 0, 400, 800}, {800, 0, 480, 800}}, 1);
-    moveAway();
-    leftEdgeNear(400, 5, true);
-    EXPECT_TRUE(program->isRunning());
-}
-
-// The X server goes away.
 
 // CPU time the process has used, in seconds, from /proc; also readable while it is a zombie.
 double cpuSeconds(pid_t pid) {

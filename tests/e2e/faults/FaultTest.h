@@ -34,23 +34,6 @@ class FaultTest : public GlimmerfoldDesktopTest {
                                         << glimmerfold().output();
         }
     }
-
-    // Whether a move of `window` begins within the time.
-    bool moveBegins(WindowId window, std::chrono::milliseconds timeout) {
-        const Rect before = frameOf(window);
-        const bool began = hands()
-                               .begin(kMove, window, static_cast<int>(before.midX()),
-                                      static_cast<int>(before.midY()), timeout)
-                               .has_value();
-        hands().release();
-        return began;
-    }
-
-    // A gesture that Glimmerfold must ignore: the frame does not follow within the time.
-    void expectNoMove(WindowId window) {
-        EXPECT_FALSE(moveBegins(window, std::chrono::milliseconds(1500)))
-            << "the window followed the pointer";
-    }
 };
 
 }  // namespace gf::test

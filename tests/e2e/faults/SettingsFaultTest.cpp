@@ -49,29 +49,6 @@ TEST_F(SettingsFaultTest, ACorruptAndTruncatedFileIsReadAsFarAsItGoesAndNotRewri
     EXPECT_TRUE(program->isRunning());
 }
 
-TEST_F(SettingsFaultTest, AReadOnlyFileIsUsedAndAFailedSaveIsSaidOnce) {
-    const std::string contents = GlimmerfoldLauncher::settingsWith({"magneticsEnabled=false"});
-    glimmerfold().writeSettings(contents);
-    ::chmod(settingsPath().c_str(), 0444);
-    auto program = start();
-    ASSERT_NE(program, nullptr);
-    EXPECT_EQ(glimmerfold().output(), "") << "a read-only file reads normally";
-    TestClient& logo = desktop().startXlogo(300, 250, 200, 150);
-    expectGesturesWork(logo.window, "with a read-only settings file");
-
-    ASSERT_TRUE(tray().clickRunningItem());  // off: the change holds for this run
-    expectNoMove(logo.window);
-    ASSERT_TRUE(tray().clickRunningItem());  // and on again
-    ASSERT_TRUE(glimmerfold().waitForEventTaps(2));
-    expectGesturesWork(logo.window, "after two changes that could not be saved");
-
-    const std::vector<std::string> lines = glimmerfold().outputLines();
-    ASSERT_EQ(lines.size(), 1u) << glimmerfold().output();
-    EXPECT_NE(lines[0].find("cannot write settings file " + settingsPath()), std::string::npos)
-        << lines[0];
-    EXPECT_EQ(glimmerfold().settingsText(), contents);
-}
-
 // Without read permission (which only holds for an ordinary user) every preference takes its
 // default, which means a first start: the setup wizard opens. The tray menu still works, and the
 // unreadable file is kept aside whole while the change is saved in a new one.
