@@ -114,22 +114,35 @@ class GlimmerfoldAppTest : public X11DesktopTest {
     int commandsRun_ = 0;
 };
 
-TEST_F(GlimmerfoldAppTest, MovesAWindowWhileControlSuperIsHeldAndQuitsFromTheTrayMenu) {
+// Each command does what the tray menu's item does, saved as the menu saves it, and says what
+// is now true; the menu itself, opened from the tray icon as a user opens it, ends the program.
+TEST_F(GlimmerfoldAppTest, CommandsDriveTheRunningInstanceAsItsTrayMenuDoesWhichQuitsIt) {
     ASSERT_TRUE(startTrayHost());
-    auto glimmerfold = launch("glimmerfold.log");
-    ASSERT_NE(glimmerfold, nullptr);
-    ASSERT_TRUE(tray().waitForIcon()) << "no tray icon\n" << output("glimmerfold.log");
-
+    auto running = launch("running.log");
+    ASSERT_NE(running, nullptr);
+    ASSERT_TRUE(tray().waitForIcon()) << output("running.log");
     TestClient& logo = desktop().startXlogo(300, 250, 200, 150);
-    const GestureOutcome move = hands_->perform(GestureKind::move, logo.window, 120, 90);
-    EXPECT_TRUE(move.exact()) << move << "\n" << output("glimmerfold.log");
-    input().movePointerBy(50, 50);
-    input().sync();
-    processEventsFor(200ms);
-    EXPECT_EQ(probe().frameGeometry(logo.window), move.expected)
-        << "the window stays where the gesture left it";
 
-    // The menu opens from the tray icon, as a user would open it.
+    EXPECT_EQ(command({"--disable"}), (Answer{0, "Glimmerfold is now disabled.\n"}));
+    EXPECT_NE(savedSettings().find("isEnabled=false"), std::string::npos) << savedSettings();
+    EXPECT_FALSE(hands_->begin(GestureKind::move, logo.window, 400, 330, 1500ms))
+        << "a window followed the keys while disabled";
+    hands_->release();
+    EXPECT_EQ(command({"--disable"}), (Answer{0, "Glimmerfold was already disabled.\n"}));
+
+    EXPECT_EQ(command({"--toggle"}), (Answer{0, "Glimmerfold is now enabled.\n"}));
+    EXPECT_NE(savedSettings().find("isEnabled=true"), std::string::npos) << savedSettings();
+    EXPECT_TRUE(hands_->begin(GestureKind::move, logo.window, 400, 330))
+        << "no window followed the keys once enabled again\n"
+        << output("running.log");
+    hands_->release();
+    EXPECT_EQ(command({"--enable"}), (Answer{0, "Glimmerfold was already enabled.\n"}));
+
+    EXPECT_FALSE(probe().findClientByClass("Glimmerfold")) << "no window until asked";
+    EXPECT_EQ(command({"--settings"}), (Answer{0, "Glimmerfold's Settings window is open.\n"}));
+    EXPECT_TRUE(waitUntil([&] { return probe().findClientByClass("Glimmerfold").has_value(); }))
+        << output("running.log");
+
     const std::optional<QImage> menuClosed = grabScreen();
     ASSERT_TRUE(menuClosed);
     const std::optional<Rect> menuFrame = tray().openMenu();
@@ -138,87 +151,30 @@ TEST_F(GlimmerfoldAppTest, MovesAWindowWhileControlSuperIsHeldAndQuitsFromTheTra
     ASSERT_TRUE(menuShown) << "the tray menu was never drawn";
     EXPECT_TRUE(
         saveImage(*menuShown, std::filesystem::path(GLIMMERFOLD_SCREENSHOT_DIR) / "tray-menu.png"));
-
     // "Quit Glimmerfold" is the last item.
     tray().clickAt(menuFrame->midX(), menuFrame->maxY() - 12, 1);
-    EXPECT_EQ(glimmerfold->waitForExit(10s), 0) << output("glimmerfold.log");
+    EXPECT_EQ(running->waitForExit(10s), 0) << output("running.log");
     EXPECT_TRUE(waitUntil([&] { return !tray().findIcon().has_value(); }))
         << "the tray icon went with the program";
 }
 
-TEST_F(GlimmerfoldAppTest, SecondLaunchShowsTheRunningOnesSettingsAndTerminationEndsAMove) {
-    // The Settings window's edges would pull the moved frame wherever the gesture takes hold.
-    glimmerfold_->writeSettings(GlimmerfoldLauncher::settingsWith({"magneticsEnabled=false"}));
-    ASSERT_TRUE(startTrayHost());
-    auto first = launch("first.log");
-    ASSERT_NE(first, nullptr);
-    ASSERT_TRUE(tray().waitForIcon()) << output("first.log");
-    EXPECT_FALSE(probe().findClientByClass("Glimmerfold")) << "no window until asked";
-
-    auto second = launch("second.log");
-    ASSERT_NE(second, nullptr);
-    EXPECT_EQ(second->waitForExit(10s), 0) << output("second.log");
-    std::optional<WindowId> settings;
-    ASSERT_TRUE(waitUntil([&] {
-        return (settings = probe().findClientByClass("Glimmerfold")).has_value();
-    })) << output("first.log");
-    // Not shown in the dock by default: kept out of the taskbar.
-    EXPECT_TRUE(
-        waitUntil([&] { return probe().hasState(*settings, "_NET_WM_STATE_SKIP_TASKBAR"); }));
-
-    // Terminated during a move, it exits cleanly and nobody moves the window any more.
-    TestClient& logo = desktop().startXlogo(200, 200, 200, 150);
-    const Rect before = *probe().frameGeometry(logo.window);
-    const auto origin = hands_->begin(GestureKind::move, logo.window, 300, 280);
-    ASSERT_TRUE(origin) << output("first.log");
-    input().movePointerTo(340, 300);
-    const Rect moved{before.x + 340 - origin->x, before.y + 300 - origin->y, before.width,
-                     before.height};
-    ASSERT_TRUE(waitUntil([&] { return probe().frameGeometry(logo.window) == moved; }));
-    ::kill(first->pid(), SIGTERM);
-    EXPECT_EQ(first->waitForExit(10s), 0) << output("first.log");
-    input().movePointerTo(400, 400);
-    input().sync();
-    processEventsFor(300ms);
-    EXPECT_EQ(probe().frameGeometry(logo.window), moved);
-}
-
-// Under Wayland the first run cannot get past the grants; closing the wizard, as the window
-// manager's close button does, ends Glimmerfold cleanly instead of leaving it running unseen.
-TEST_F(GlimmerfoldAppTest, ClosingTheFirstRunWizardQuitsCleanly) {
-    glimmerfold_->writeSettings("[General]\nhasCompletedSetup=false\n");
-    glimmerfold_->setEnvironment("XDG_SESSION_TYPE", "wayland");
-    auto glimmerfold = launch("glimmerfold.log");
-    ASSERT_NE(glimmerfold, nullptr);
-    std::optional<WindowId> wizard;
-    ASSERT_TRUE(waitUntil(
-        [&] { return (wizard = probe().findClientByClass("Glimmerfold")).has_value(); }, 10s))
-        << output("glimmerfold.log");
-    requestClose(*wizard);
-    EXPECT_EQ(glimmerfold->waitForExit(10s), 0) << output("glimmerfold.log");
-    EXPECT_NE(savedSettings().find("hasCompletedSetup=false"), std::string::npos)
-        << savedSettings();
-}
-
-TEST_F(GlimmerfoldAppTest, WithoutATrayTheSettingsWindowOpensAndSaysWhy) {
-    auto glimmerfold = launch("glimmerfold.log");
-    ASSERT_NE(glimmerfold, nullptr);
+// Without a tray the Settings window opens and says why. Without an instance the commands change
+// nothing and say so; --settings starts one, which --quit ends.
+TEST_F(GlimmerfoldAppTest, WithoutATrayOrAnInstanceItSaysSoAndSettingsStartsOne) {
+    auto trayless = launch("trayless.log");
+    ASSERT_NE(trayless, nullptr);
     std::optional<WindowId> settings;
     ASSERT_TRUE(waitUntil(
         [&] { return (settings = probe().findClientByClass("Glimmerfold")).has_value(); }, 10s))
-        << output("glimmerfold.log");
+        << output("trayless.log");
     const Rect frame = *probe().frameGeometry(*settings);
     EXPECT_GE(frame.width, 650);
     EXPECT_GE(frame.height, 450);
-    ::kill(glimmerfold->pid(), SIGINT);
-    EXPECT_EQ(glimmerfold->waitForExit(10s), 0) << output("glimmerfold.log");
-    EXPECT_NE(output("glimmerfold.log").find("No system tray is available"), std::string::npos)
-        << output("glimmerfold.log");
-}
+    ::kill(trayless->pid(), SIGINT);
+    EXPECT_EQ(trayless->waitForExit(10s), 0) << output("trayless.log");
+    EXPECT_NE(output("trayless.log").find("No system tray is available"), std::string::npos)
+        << output("trayless.log");
 
-// Without an instance the commands change nothing and say so; --settings starts one, which
-// --quit ends.
-TEST_F(GlimmerfoldAppTest, CommandsWithNoInstanceRunningSaySoAndSettingsStartsOne) {
     const std::string settingsBefore = savedSettings();
     for (const char* option : {"--enable", "--disable", "--toggle", "--quit"}) {
         EXPECT_EQ(command({option}), (Answer{1, notRunning()})) << option;
@@ -252,37 +208,21 @@ TEST_F(GlimmerfoldAppTest, CommandsWithNoInstanceRunningSaySoAndSettingsStartsOn
     EXPECT_EQ(command({"--quit"}), (Answer{1, notRunning()}));
 }
 
-// Each command does what the tray menu's item does, saved as the menu saves it, and says what
-// is now true.
-TEST_F(GlimmerfoldAppTest, CommandsDriveTheRunningInstanceAsItsTrayMenuDoes) {
-    ASSERT_TRUE(startTrayHost());
-    auto running = launch("running.log");
-    ASSERT_NE(running, nullptr);
-    ASSERT_TRUE(tray().waitForIcon()) << output("running.log");
-    TestClient& logo = desktop().startXlogo(300, 250, 200, 150);
-
-    EXPECT_EQ(command({"--disable"}), (Answer{0, "Glimmerfold is now disabled.\n"}));
-    EXPECT_NE(savedSettings().find("isEnabled=false"), std::string::npos) << savedSettings();
-    EXPECT_FALSE(hands_->begin(GestureKind::move, logo.window, 400, 330, 1500ms))
-        << "a window followed the keys while disabled";
-    hands_->release();
-    EXPECT_EQ(command({"--disable"}), (Answer{0, "Glimmerfold was already disabled.\n"}));
-
-    EXPECT_EQ(command({"--toggle"}), (Answer{0, "Glimmerfold is now enabled.\n"}));
-    EXPECT_NE(savedSettings().find("isEnabled=true"), std::string::npos) << savedSettings();
-    EXPECT_TRUE(hands_->begin(GestureKind::move, logo.window, 400, 330))
-        << "no window followed the keys once enabled again\n"
-        << output("running.log");
-    hands_->release();
-    EXPECT_EQ(command({"--enable"}), (Answer{0, "Glimmerfold was already enabled.\n"}));
-
-    EXPECT_FALSE(probe().findClientByClass("Glimmerfold")) << "no window until asked";
-    EXPECT_EQ(command({"--settings"}), (Answer{0, "Glimmerfold's Settings window is open.\n"}));
-    EXPECT_TRUE(waitUntil([&] { return probe().findClientByClass("Glimmerfold").has_value(); }))
-        << output("running.log");
-
-    EXPECT_EQ(command({"--quit"}), (Answer{0, "Glimmerfold has quit.\n"}));
-    EXPECT_EQ(running->waitForExit(10s), 0) << output("running.log");
+// Under Wayland the first run cannot get past the grants; closing the wizard, as the window
+// manager's close button does, ends Glimmerfold cleanly instead of leaving it running unseen.
+TEST_F(GlimmerfoldAppTest, ClosingTheFirstRunWizardQuitsCleanly) {
+    glimmerfold_->writeSettings("[General]\nhasCompletedSetup=false\n");
+    glimmerfold_->setEnvironment("XDG_SESSION_TYPE", "wayland");
+    auto glimmerfold = launch("glimmerfold.log");
+    ASSERT_NE(glimmerfold, nullptr);
+    std::optional<WindowId> wizard;
+    ASSERT_TRUE(waitUntil(
+        [&] { return (wizard = probe().findClientByClass("Glimmerfold")).has_value(); }, 10s))
+        << output("glimmerfold.log");
+    requestClose(*wizard);
+    EXPECT_EQ(glimmerfold->waitForExit(10s), 0) << output("glimmerfold.log");
+    EXPECT_NE(savedSettings().find("hasCompletedSetup=false"), std::string::npos)
+        << savedSettings();
 }
 
 }  // namespace
