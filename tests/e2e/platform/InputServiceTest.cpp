@@ -53,33 +53,6 @@ class InputServiceTest : public X11PlatformTest {
     std::vector<InputEvent> events_;
 };
 
-TEST_F(InputServiceTest, KeyPressesGiveFlagsChangedEventsWithTheNewFlags) {
-    auto tap = recordingTap();
-    ASSERT_NE(tap, nullptr);
-    using namespace ModifierFlag;
-    const Point pointer{300, 200};
-
-    input().pressKey(Keysym::controlL);
-    EXPECT_TRUE(receivedEvent({InputEventType::flagsChanged, control, pointer}));
-    input().pressKey(Keysym::superL);
-    EXPECT_TRUE(receivedEvent({InputEventType::flagsChanged, control | command, pointer}));
-    input().pressKey(Keysym::altL);
-    EXPECT_TRUE(receivedEvent({InputEventType::flagsChanged, control | command | option, pointer}));
-    input().pressKey(Keysym::shiftL);
-    EXPECT_TRUE(
-        receivedEvent({InputEventType::flagsChanged, control | command | option | shift, pointer}));
-    EXPECT_EQ(service().currentModifierFlags(), control | command | option | shift);
-
-    input().releaseKey(Keysym::controlL);
-    EXPECT_TRUE(receivedEvent({InputEventType::flagsChanged, command | option | shift, pointer}));
-    input().releaseKey(Keysym::superL);
-    input().releaseKey(Keysym::altL);
-    input().releaseKey(Keysym::shiftL);
-    EXPECT_TRUE(waitUntil([&] { return events_.size() == 8; }));
-    EXPECT_EQ(events_.back(), (InputEvent{InputEventType::flagsChanged, 0, pointer}));
-    EXPECT_EQ(service().currentModifierFlags(), 0u);
-}
-
 TEST_F(InputServiceTest, ThePointerIsSampledFromAnyThreadAlongsideTheMainThreadsReads) {
     ASSERT_TRUE(service().canSamplePointer());
     input().movePointerTo(410, 270);
