@@ -27,10 +27,10 @@ FrameReport frameAt(const FrameReport& before, PixelOffset pointer, PixelOffset 
     return report;
 }
 
-TEST(GestureStartTimingTest, ReadsFromTheFrameWhichMotionsEachPointerReadHadSeen) {
+TEST(GestureStartTimingTest, ReadsFromTheFrameWhichMotionsThePointerReadHadSeenOrSaysWhyNot) {
     const MotionPath path(10);
-    const std::vector<Clock::time_point> sent = probeTimes(60);
     const FrameReport before{keys - 1s, 300, 250, 202, 171};
+    std::string problem;
     // The gesture measured from the pointer after motion 3 and first followed it after motion 24
     // (past a turn of the path); a restack report with the frame unmoved came first.
     const PixelOffset start = path.at(2);
@@ -40,35 +40,24 @@ TEST(GestureStartTimingTest, ReadsFromTheFrameWhichMotionsEachPointerReadHadSeen
         frameAt(before, path.at(40), start, keys + 10ms),
         frameAt(before, path.at(59), start, keys + 16ms),
     };
-    std::string problem;
-    const auto timing = timeGestureStart(keys, sent, path, before, reports, &problem);
+    auto timing = timeGestureStart(keys, probeTimes(60), path, before, reports, &problem);
     ASSERT_TRUE(timing) << problem;
     EXPECT_DOUBLE_EQ(timing->pointerReadMs, 1.0) << "before motion 4 went out";
     EXPECT_DOUBLE_EQ(timing->followingMs, 6.25) << "before motion 25 went out";
     EXPECT_DOUBLE_EQ(timing->frameMovedMs, 6.5);
-}
 
-TEST(GestureStartTimingTest, AGestureThatReadThePointerBeforeAnyMotionIsBoundedByTheFirst) {
-    const MotionPath path(10);
+    // The pointer read before any motion: bounded by the first.
     const std::vector<Clock::time_point> sent = probeTimes(20);
-    const FrameReport before{keys - 1s, 300, 250, 202, 171};
-    const std::vector<FrameReport> reports{frameAt(before, path.at(4), {}, keys + 3ms),
-                                           frameAt(before, path.at(19), {}, keys + 7ms)};
-    std::string problem;
-    const auto timing = timeGestureStart(keys, sent, path, before, reports, &problem);
+    timing = timeGestureStart(
+        keys, sent, path, before,
+        {frameAt(before, path.at(4), {}, keys + 3ms), frameAt(before, path.at(19), {}, keys + 7ms)},
+        &problem);
     ASSERT_TRUE(timing) << problem;
     EXPECT_DOUBLE_EQ(timing->pointerReadMs, 0.25);
     EXPECT_DOUBLE_EQ(timing->followingMs, 1.5);
-}
 
-TEST(GestureStartTimingTest, SaysWhyWhenTheWindowStayedOrWentWhereNoMotionLed) {
-    const MotionPath path(10);
-    const std::vector<Clock::time_point> sent = probeTimes(20);
-    const FrameReport before{keys - 1s, 300, 250, 202, 171};
-    std::string problem;
     EXPECT_FALSE(timeGestureStart(keys, sent, path, before, {before}, &problem));
     EXPECT_EQ(problem, "the window did not follow the pointer");
-
     FrameReport elsewhere = before;
     elsewhere.x += 500;
     EXPECT_FALSE(timeGestureStart(keys, sent, path, before, {elsewhere}, &problem));

@@ -39,45 +39,11 @@ TEST_F(PlatformTest, OneScreenIsOneDisplayAndBothGrantsArePresentInAnX11SessionO
     }
 }
 
-// A 2560 x 800 screen split into a shorter monitor on the left that starts 100 pixels down and
-// the primary one on the right, listed second.
-class TwoMonitorTest : public X11PlatformTest {
-  protected:
-    X11Desktop::Options desktopOptions() const override { return {2560, 800}; }
-};
-
-TEST_F(TwoMonitorTest, ComePrimaryFirstAndADockStrutShrinksOnlyTheMonitorItTouches) {
-    desktop().setMonitors({{0, 100, 1280, 600}, {1280, 0, 1280, 800}}, 1);
-    // A 30-pixel panel along the top of the left monitor: its strut reserves the root's top 130
-    // rows, but only across the left monitor's columns. And one along the bottom of the primary.
-    desktop().createDock(0, 100, 1280, 30, strutAlong(Edge::top, 130, 0, 1279));
-    desktop().createDock(1280, 770, 1280, 30, strutAlong(Edge::bottom, 30, 1280, 2559));
-
-    std::vector<DisplayInfo> displays = platform_->displays().displays();
-    ASSERT_EQ(displays.size(), 2u);
-    EXPECT_EQ(displays[0].frame, (Rect{1280, 0, 1280, 800}));
-    EXPECT_EQ(displays[0].visibleFrame, (Rect{1280, 0, 1280, 770}));
-    EXPECT_EQ(displays[1].frame, (Rect{0, 100, 1280, 600}));
-    EXPECT_EQ(displays[1].visibleFrame, (Rect{0, 130, 1280, 570}));
-
-    // Read afresh on every call.
-    desktop().setMonitors({{0, 0, 2560, 800}});
-    displays = platform_->displays().displays();
-    ASSERT_EQ(displays.size(), 1u);
-    EXPECT_EQ(displays[0].frame, (Rect{0, 0, 2560, 800}));
-}
-
 // A 3200 x 1080 screen: the primary monitor, 1280 x 800, at the top left and a taller
 // 1920 x 1080 one to its right, so that the root reaches below the primary monitor.
 class MonitorsOfTwoSizesTest : public X11PlatformTest {
   protected:
     X11Desktop::Options desktopOptions() const override { return {3200, 1080}; }
-
-    void SetUp() override {
-        X11PlatformTest::SetUp();
-        ASSERT_FALSE(HasFatalFailure());
-        desktop().setMonitors({{0, 0, 1280, 800}, {1280, 0, 1920, 1080}});
-    }
 
     std::vector<Rect> usableInRoot() {
         std::vector<Rect> usable;
@@ -88,13 +54,29 @@ class MonitorsOfTwoSizesTest : public X11PlatformTest {
     }
 };
 
-TEST_F(MonitorsOfTwoSizesTest, DocksShrinkOnlyTheMonitorTheyAreOnAndStrutsCountFromTheRoot) {
+TEST_F(MonitorsOfTwoSizesTest, ComePrimaryFirstAndDocksShrinkOnlyTheMonitorTheyAreOn) {
+    // A shorter monitor on the left that starts 100 pixels down, and the primary on the right,
+    // listed second. A 30-pixel panel along the top of the left one reserves the root's top 130
+    // rows, but only across the left monitor's columns; another runs along the primary's bottom.
+    desktop().setMonitors({{0, 100, 1280, 600}, {1280, 0, 1280, 800}}, 1);
+    std::vector<WindowId> docks{
+        desktop().createDock(0, 100, 1280, 30, strutAlong(Edge::top, 130, 0, 1279)),
+        desktop().createDock(1280, 770, 1280, 30, strutAlong(Edge::bottom, 310, 1280, 2559))};
+    std::vector<DisplayInfo> displays = platform_->displays().displays();
+    ASSERT_EQ(displays.size(), 2u);
+    EXPECT_EQ(displays[0].frame, (Rect{1280, 0, 1280, 800}));
+    EXPECT_EQ(displays[1].frame, (Rect{0, 100, 1280, 600}));
+    EXPECT_EQ(usableInRoot(), (std::vector<Rect>{{1280, 0, 1280, 770}, {0, 130, 1280, 570}}));
+    for (const WindowId dock : docks) {
+        desktop().destroyWindow(dock);
+    }
+
+    desktop().setMonitors({{0, 0, 1280, 800}, {1280, 0, 1920, 1080}});
     // The primary's bottom panel ends 280 rows above the root's bottom, which its strut includes.
-    const std::vector<WindowId> docks{
-        desktop().createDock(0, 770, 1280, 30, strutAlong(Edge::bottom, 310, 0, 1279)),
-        desktop().createDock(1280, 1050, 1920, 30, strutAlong(Edge::bottom, 30, 1280, 3199)),
-        desktop().createDock(3160, 0, 40, 1050, strutAlong(Edge::right, 40, 0, 1049))};
-    const std::vector<DisplayInfo> displays = platform_->displays().displays();
+    docks = {desktop().createDock(0, 770, 1280, 30, strutAlong(Edge::bottom, 310, 0, 1279)),
+             desktop().createDock(1280, 1050, 1920, 30, strutAlong(Edge::bottom, 30, 1280, 3199)),
+             desktop().createDock(3160, 0, 40, 1050, strutAlong(Edge::right, 40, 0, 1049))};
+    displays = platform_->displays().displays();
     ASSERT_EQ(displays.size(), 2u);
     EXPECT_EQ(displays[0].frame, (Rect{0, 0, 1280, 800}));
     EXPECT_EQ(displays[1].frame, (Rect{1280, 0, 1920, 1080}));

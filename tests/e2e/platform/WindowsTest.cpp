@@ -144,21 +144,6 @@ TEST_F(WindowsTest, PositionAndSizeLandTheOuterFrameToThePixel) {
     EXPECT_EQ(handle->isSizeSettable(), true);
 }
 
-TEST_F(WindowsTest, AVanishedWindowAnswersSoftly) {
-    TestClient& logo = desktop().startXlogo(100, 80, 200, 150);
-    auto handle = handleOf(logo);
-    ASSERT_NE(handle, nullptr);
-    desktop().killClient(logo);
-    EXPECT_EQ(handle->position(), std::nullopt);
-    EXPECT_EQ(handle->size(), std::nullopt);
-    EXPECT_EQ(handle->isSizeSettable(), std::nullopt);
-    EXPECT_FALSE(handle->setPosition({10, 10}));
-    EXPECT_FALSE(handle->setSize({100, 100}));
-    EXPECT_FALSE(handle->raise());
-    EXPECT_FALSE(handle->makeMain());
-    EXPECT_EQ(platform_->windowControl().windowsOfProcess(logo.pid)->size(), 0u);
-}
-
 // Without a window manager the backend changes the windows itself.
 class WithoutWindowManagerTest : public WindowsTest {
   protected:
