@@ -304,7 +304,7 @@ class EventTapPointerSourceTest : public EventTapManagerTest,
     const bool sampled = GetParam();
 };
 
-TEST_P(EventTapPointerSourceTest, MovesWithThePointerUntilTheKeysAreReleased) {
+TEST_P(EventTapPointerSourceTest, MovesWithThePointerUntilTheKeysAreReleasedOrItIsSwitchedOff) {
     manager.start();
     desktop.movePointer({200, 200});
     EXPECT_FALSE(desktop.isPointerMotionWanted()) << "idle: no motion events";
@@ -324,29 +324,24 @@ TEST_P(EventTapPointerSourceTest, MovesWithThePointerUntilTheKeysAreReleased) {
     desktop.movePointer({400, 400});
     desktop.advance(1s);
     EXPECT_EQ(desktop.frameOf(window), (Rect{150, 130, 400, 300}));
-}
 
-TEST_P(EventTapPointerSourceTest, SwitchingOffMidGestureFreezesTheWindowAndTheWatchStillEndsIt) {
-    manager.start();
-    desktop.movePointer({200, 200});
+    // Switched off mid-gesture: the window freezes and the watch still ends the gesture.
     desktop.pressModifiers(kMove);
-    desktop.movePointer({230, 210});
+    desktop.movePointer({430, 410});
     desktop.advance(20ms);
-
     settings.setIsEnabled(false);
-    desktop.movePointer({330, 310});
+    desktop.movePointer({480, 430});
     desktop.pressModifiers(0);  // no longer examined
     EXPECT_EQ(gesture(), Gesture::move);
     desktop.advance(150ms);
     EXPECT_EQ(gesture(), Gesture::none);
-    EXPECT_EQ(desktop.frameOf(window), (Rect{130, 110, 400, 300}));
-
+    EXPECT_EQ(desktop.frameOf(window), (Rect{180, 140, 400, 300}));
     // Switched on again, the next gesture follows the pointer again.
     settings.setIsEnabled(true);
     desktop.pressModifiers(kMove);
-    desktop.movePointer({350, 320});
+    desktop.movePointer({500, 440});
     desktop.advance(20ms);
-    EXPECT_EQ(desktop.frameOf(window), (Rect{150, 120, 400, 300}));
+    EXPECT_EQ(desktop.frameOf(window), (Rect{200, 150, 400, 300}));
 }
 
 INSTANTIATE_TEST_SUITE_P(Engine, EventTapPointerSourceTest, ::testing::Bool(),
