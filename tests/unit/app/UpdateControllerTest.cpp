@@ -135,7 +135,8 @@ TEST_F(UpdateControllerTest, FeedsThatCannotBeUsedFailWithAReason) {
         << result->error.toStdString();
 }
 
-TEST_F(UpdateControllerTest, OnlyHttpsFeedsAreFetchedExceptFromLoopbackOrTheEnvironment) {
+TEST_F(UpdateControllerTest,
+       OnlyHttpsFeedsAreFetchedExceptFromLoopbackOrTheEnvironmentAndNoneWithoutAFeed) {
     for (const char* url : {"https://example.org/appcast.xml", "http://127.0.0.1:8080/a.xml",
                             "http://[::1]/a.xml", "http://localhost/a.xml"}) {
         EXPECT_TRUE(UpdateController::isAcceptableUrl(QUrl(url))) << url;
@@ -162,18 +163,16 @@ TEST_F(UpdateControllerTest, OnlyHttpsFeedsAreFetchedExceptFromLoopbackOrTheEnvi
     EXPECT_TRUE(builtIn.isEmpty() || builtIn.scheme() == "https")
         << builtIn.toString().toStdString();
     EXPECT_EQ(overridden, QUrl("http://127.0.0.1:9/feed.xml"));
-}
 
-// A build without a feed of its own is updated by whatever installed it, and says so.
-TEST_F(UpdateControllerTest, WithoutAFeedTheAnswerIsWhereUpdatesComeFrom) {
-    UpdateController controller(QUrl(), "0.1.0");
-    const auto result = check(controller, true);
-    ASSERT_TRUE(result);
-    EXPECT_EQ(result->kind, UpdateCheckResult::Kind::noFeed);
-    ASSERT_NE(controller.resultDialog(), nullptr);
-    EXPECT_EQ(controller.resultDialog()->icon(), QMessageBox::Information);
-    EXPECT_TRUE(controller.resultDialog()->text().contains("from where it was installed"));
-    EXPECT_TRUE(controller.resultDialog()->informativeText().contains("package manager"));
+    // A build without a feed of its own is updated by whatever installed it, and says so.
+    UpdateController unfed(QUrl(), "0.1.0");
+    const auto noFeed = check(unfed, true);
+    ASSERT_TRUE(noFeed);
+    EXPECT_EQ(noFeed->kind, UpdateCheckResult::Kind::noFeed);
+    ASSERT_NE(unfed.resultDialog(), nullptr);
+    EXPECT_EQ(unfed.resultDialog()->icon(), QMessageBox::Information);
+    EXPECT_TRUE(unfed.resultDialog()->text().contains("from where it was installed"));
+    EXPECT_TRUE(unfed.resultDialog()->informativeText().contains("package manager"));
     EXPECT_EQ(server.requestCount(), 0);
 }
 
