@@ -71,30 +71,23 @@ class AppStateTest : public UiTest {
     std::unique_ptr<AppDelegate> delegate;
 };
 
-TEST_F(AppStateTest, FirstRunShowsOnlyTheWizardUntilItFinishes) {
+// The wizard's close button is the way out of a first run that cannot go on (no grants to be had
+// under Wayland); once setup was completed, closing the reopened wizard only closes it.
+TEST_F(AppStateTest, FirstRunShowsOnlyTheWizardWhoseCloseQuitsOnlyBeforeSetupWasCompleted) {
     settings().setHasCompletedSetup(false);
     AppState& state = launch();
-    QWidget* wizard = state.setupWizardWindow();
-    ASSERT_NE(wizard, nullptr);
+    QSignalSpy quit(&state, &AppState::quitRequested);
+    QPointer<QWidget> wizard = state.setupWizardWindow();
+    ASSERT_FALSE(wizard.isNull());
     EXPECT_TRUE(wizard->isVisible());
     EXPECT_EQ(state.settingsWindow(), nullptr);
-
     desktop().advance(10s);
     EXPECT_EQ(desktop().tapsCreated, 0u);
     EXPECT_TRUE(nothingRequested());
     EXPECT_FALSE(state.isPollingPermission());
     EXPECT_FALSE(state.hasPermission());
     EXPECT_FALSE(state.listedInTaskbar().has_value()) << "taskbar policy untouched on first run";
-}
 
-// The wizard's close button is the way out of a first run that cannot go on (no grants to be had
-// under Wayland); once setup was completed, closing the reopened wizard only closes it.
-TEST_F(AppStateTest, ClosingTheWizardQuitsOnlyBeforeSetupWasEverCompleted) {
-    settings().setHasCompletedSetup(false);
-    AppState& state = launch();
-    QSignalSpy quit(&state, &AppState::quitRequested);
-    QPointer<QWidget> wizard = state.setupWizardWindow();
-    ASSERT_FALSE(wizard.isNull());
     EXPECT_TRUE(wizard->windowFlags().testFlag(Qt::WindowCloseButtonHint));
     EXPECT_TRUE(wizard->close());
     EXPECT_EQ(quit.count(), 1);
@@ -178,7 +171,7 @@ TEST_F(AppStateTest, TapThatCannotBeMadeAsksOnceAndPollsEveryTwoSecondsUntilItCa
     EXPECT_EQ(desktop().accessibilityRequests, 1);
 }
 
-TEST_F(AppStateTest, SettingsWindowIsMadeOnceAndKeptAfterClosing) {
+TEST_F(AppStateTest, SettingsWindowIsMadeOnceAndKeptAfterClosingAndEveryWindowFollowsShowInDock) {
     settings().setShowMenuBarIcon(false);
     AppState& state = launch();
     QWidget* window = state.settingsWindow();
@@ -186,13 +179,22 @@ TEST_F(AppStateTest, SettingsWindowIsMadeOnceAndKeptAfterClosing) {
     EXPECT_TRUE(window->isVisible());
     EXPECT_EQ(window->minimumSize(), window->maximumSize()) << "not resizable";
     auto* view = window->findChild<SettingsWindow*>();
-
     EXPECT_TRUE(window->close());
     EXPECT_FALSE(window->isVisible());
     state.showSettingsWindow();
     EXPECT_EQ(state.settingsWindow(), window);
     EXPECT_EQ(window->findChild<SettingsWindow*>(), view);
     EXPECT_TRUE(window->isVisible());
+
+    EXPECT_EQ(state.listedInTaskbar(), false);
+    EXPECT_EQ(taskbar.listed(window), false);
+    settings().setShowInDock(true);
+    EXPECT_EQ(taskbar.listed(window), true);
+    state.showSetupWizard();
+    EXPECT_EQ(taskbar.listed(state.setupWizardWindow()), true);
+    settings().setShowInDock(false);
+    EXPECT_EQ(taskbar.listed(window), false);
+    EXPECT_EQ(taskbar.listed(state.setupWizardWindow()), false);
 }
 
 TEST_F(AppStateTest, MissingTrayOpensTheSettingsWindowAndSaysWhyUnlessItComesSoon) {
@@ -246,20 +248,6 @@ TEST_F(AppStateTest, TrayThatComesUpSoonAfterLaunchIsWaitedFor) {
     desktop().advance(10s);
     EXPECT_EQ(state.settingsWindow(), nullptr);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-}
-
-TEST_F(AppStateTest, TaskbarPolicyFollowsShowInDockForEveryWindow) {
-    AppState& state = launch();
-    EXPECT_EQ(state.listedInTaskbar(), false);
-    state.showSettingsWindow();
-    EXPECT_EQ(taskbar.listed(state.settingsWindow()), false);
-    settings().setShowInDock(true);
-    EXPECT_EQ(taskbar.listed(state.settingsWindow()), true);
-    state.showSetupWizard();
-    EXPECT_EQ(taskbar.listed(state.setupWizardWindow()), true);
-    settings().setShowInDock(false);
-    EXPECT_EQ(taskbar.listed(state.settingsWindow()), false);
-    EXPECT_EQ(taskbar.listed(state.setupWizardWindow()), false);
 }
 
 TEST_F(AppStateTest, TerminationEndsTheGestureInProgressAndPutsItsChangesBack) {

@@ -37,7 +37,8 @@ class PermissionsTest : public ::testing::Test {
     UrlRecorder opened{{QStringLiteral("file")}};
 };
 
-TEST_F(PermissionsTest, RequestsLogEachAnswerAndOnlyAMissingInputGrantShowsWhereToGetIt) {
+TEST_F(PermissionsTest,
+       RequestsLogEachAnswerAndOnlyAMissingInputGrantShowsWhereToGetItAndWhatIsMissing) {
     grants.inputMonitoringGranted = false;
     EXPECT_TRUE(requestPermissions(grants));
     EXPECT_EQ(logMessages(), (std::vector<std::string>{
@@ -61,10 +62,9 @@ TEST_F(PermissionsTest, RequestsLogEachAnswerAndOnlyAMissingInputGrantShowsWhere
     QFile page(opened.urls().front().toLocalFile());
     ASSERT_TRUE(page.open(QIODevice::ReadOnly)) << page.fileName().toStdString();
     EXPECT_TRUE(page.readAll().contains("Glimmerfold needs an X11 session"));
-}
 
-// What is printed names what is missing here: the X11 session, or an extension of this server.
-TEST_F(PermissionsTest, WhereToGrantSaysWhatIsMissingInThisSession) {
+    // What is printed names what is missing here: the X11 session, or an extension of this
+    // server.
     struct Case {
         X11GrantService::InputExtensions extensions;
         const char* session;

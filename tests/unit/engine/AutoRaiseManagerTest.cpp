@@ -93,7 +93,7 @@ TEST_F(AutoRaiseManagerTest, RaisesOnlyTheWindowThePointerRestsOn) {
     EXPECT_EQ(raised(), Raised{windowA});
 }
 
-TEST_F(AutoRaiseManagerTest, RaisesAWindowAgainAfterThePointerWasElsewhere) {
+TEST_F(AutoRaiseManagerTest, RaisesAWindowAgainAfterThePointerWasElsewhereUntilSwitchedOff) {
     // The ignore list plays no part in raising.
     settings.setIgnoreList({{"org.a", "A"}});
 
@@ -117,6 +117,14 @@ TEST_F(AutoRaiseManagerTest, RaisesAWindowAgainAfterThePointerWasElsewhere) {
     desktop.movePointer(kEmptySpot);
     desktop.advance(1s);
     EXPECT_EQ(raised().size(), 4u);
+
+    // Switched off, a pending raise still happens but nothing new is followed.
+    desktop.movePointer(kOverB);
+    settings.setAutoRaiseEnabled(false);
+    desktop.movePointer(kOverA);
+    desktop.advance(1s);
+    EXPECT_EQ(raised(), (Raised{windowA, windowB, windowA, windowA, windowB}));
+    EXPECT_EQ(manager.lastWindowID(), windowB);
 }
 
 TEST_F(AutoRaiseManagerTest, AKeyConditionCancelsWithoutForgettingTheTarget) {
@@ -146,15 +154,6 @@ TEST_F(AutoRaiseManagerTest, AKeyConditionCancelsWithoutForgettingTheTarget) {
     desktop.movePointer(kOverA, controlShift);
     desktop.advance(300ms);
     EXPECT_EQ(raised(), (Raised{windowB, windowA}));
-}
-
-TEST_F(AutoRaiseManagerTest, SwitchedOffLeavesEvenAPendingRaiseAlone) {
-    desktop.movePointer(kOverA);
-    settings.setAutoRaiseEnabled(false);
-    desktop.movePointer(kOverB);
-    desktop.advance(1s);
-    EXPECT_EQ(raised(), Raised{windowA});
-    EXPECT_EQ(manager.lastWindowID(), windowA);
 }
 
 TEST_F(AutoRaiseManagerTest, UsesTheSettingsReadWhenTheTargetWasChosen) {

@@ -76,23 +76,23 @@ TEST_F(MaximizedDragSessionTest, OnlyTheMaximizedAxisIsRestoredAndMagneticsStill
     session.end();
 }
 
-TEST_F(MaximizedDragSessionTest, AResizeGoesOnFromTheMaximizedFrame) {
+TEST_F(MaximizedDragSessionTest, AResizeGoesOnFromTheMaximizedFrameAndAMoveFromOneAsLarge) {
     const std::uint32_t editor = maximized({200, 150, 400, 300});
     startResize({1400, 850}, editor);
     restAt({1300, 800});
     EXPECT_FALSE(desktop.stateOf(editor).isMaximized());
     EXPECT_EQ(desktop.frameOf(editor), (Rect{0, 25, 1340, 825}));
     session.end();
-}
 
-TEST_F(MaximizedDragSessionTest, AFrameThatStaysAsLargeIsTakenAsRestoredAfterAWhile) {
-    const std::uint32_t editor = maximized({0, 25, 1440, 875});
-    startMove({720, 200}, editor);
+    // A restored frame as large as the maximized one is taken as restored after a while.
+    const std::uint32_t large = maximized({0, 25, 1440, 875});
+    desktop.clearWrites();
+    startMove({720, 200}, large);
     pointerTo({730, 200});
     desktop.advance(40ms);
     EXPECT_FALSE(geometryWritten());
     desktop.advance(200ms);
-    EXPECT_EQ(desktop.frameOf(editor), (Rect{10, 25, 1440, 875}));
+    EXPECT_EQ(desktop.frameOf(large), (Rect{10, 25, 1440, 875}));
     session.end();
 }
 

@@ -306,7 +306,7 @@ TEST_F(DragSessionTest, ACancelPutsTheFrameBackBehindTheLastTickAndOnlyWhenItCha
     EXPECT_EQ(desktop.frameOf(other), (Rect{900, 500, 300, 200}));
 }
 
-TEST(DragSessionGeometryTest, ResizedFramesKeepTheOppositeCornerAndRespectMinimumAndDisplay) {
+TEST(DragSessionGeometryTest, ResizedFramesKeepTheOppositeCornerWithinMinimumAndFirstDisplay) {
     const Rect start{100, 100, 400, 300};
     const Rect screen{0, 0, 1440, 900};
     auto resized = [&](ResizeCorner c, double dx, double dy) {
@@ -339,9 +339,7 @@ TEST(DragSessionGeometryTest, ResizedFramesKeepTheOppositeCornerAndRespectMinimu
     EXPECT_EQ(DragSession::cornerFor({400, 120}, frame), C::topRight);
     EXPECT_EQ(DragSession::cornerFor({120, 300}, frame), C::bottomLeft);
     EXPECT_EQ(DragSession::cornerFor({300, 250}, frame), C::bottomRight);  // the centre
-}
 
-TEST(DragSessionGeometryTest, ResizeIsLimitedByTheFirstDisplayTheWindowOverlaps) {
     // Primary 1440 x 900; a 1920 x 1080 display above it, its left edge at x = -200.
     const Rect above{-200, -1080, 1920, 1080};
     const std::vector<DisplayInfo> screens{{{0, 0, 1440, 900}, {0, 25, 1440, 875}}, {above, above}};

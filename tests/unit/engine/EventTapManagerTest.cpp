@@ -208,9 +208,12 @@ TEST_F(EventTapManagerTest, LeavesTheDesktopOwnWindowsAndIgnoredApplicationsAlon
     EXPECT_EQ(desktop.frameOf(anonymous).origin(), (Point{110, 510}));
 }
 
-TEST_F(EventTapManagerTest, EscapePutsTheWindowBackAndTheKeysDoNothingMoreUntilLetGo) {
+TEST_F(EventTapManagerTest, EscapePutsTheWindowBackAndIsCapturedOnlyWhileAGestureCanUseIt) {
+    const std::uint32_t video =
+        desktop.addWindow(FakeDesktop::Window::at({700, 100, 400, 300}, 3000).withFullscreen());
     manager.start();
     desktop.movePointer({200, 200});
+    EXPECT_FALSE(desktop.isCancelKeyCaptured());
     desktop.pressCancelKey();
     EXPECT_EQ(desktop.cancelKeysSeenByApplications, 1) << "no gesture: Escape is the user's";
 
@@ -248,22 +251,13 @@ TEST_F(EventTapManagerTest, EscapePutsTheWindowBackAndTheKeysDoNothingMoreUntilL
     desktop.advance(150ms);
     desktop.pressModifiers(kMove);
     EXPECT_EQ(gesture(), Gesture::move);
-}
-
-TEST_F(EventTapManagerTest, EscapeIsCapturedOnlyWhileAGestureCanUseIt) {
-    const std::uint32_t video =
-        desktop.addWindow(FakeDesktop::Window::at({700, 100, 400, 300}, 3000).withFullscreen());
-    manager.start();
-    desktop.movePointer({200, 200});
-    EXPECT_FALSE(desktop.isCancelKeyCaptured());
+    desktop.pressModifiers(0);
+    EXPECT_FALSE(desktop.isCancelKeyCaptured()) << "released";
 
     auto begin = [&] {
         desktop.pressModifiers(kMove);
         EXPECT_TRUE(desktop.isCancelKeyCaptured());
     };
-    begin();
-    desktop.pressModifiers(0);
-    EXPECT_FALSE(desktop.isCancelKeyCaptured()) << "released";
     begin();
     desktop.holdModifiersSilently(ModifierFlag::control);
     desktop.advance(150ms);
@@ -304,7 +298,7 @@ class EventTapPointerSourceTest : public EventTapManagerTest,
     const bool sampled = GetParam();
 };
 
-TEST_P(EventTapPointerSourceTest, MovesWithThePointerUntilTheKeysAreReleased) {
+TEST_P(EventTapPointerSourceTest, MovesWithThePointerUntilTheKeysAreReleasedOrItIsSwitchedOff) {
     manager.start();
     desktop.movePointer({200, 200});
     EXPECT_FALSE(desktop.isPointerMotionWanted()) << "idle: no motion events";
@@ -324,29 +318,24 @@ TEST_P(EventTapPointerSourceTest, MovesWithThePointerUntilTheKeysAreReleased) {
     desktop.movePointer({400, 400});
     desktop.advance(1s);
     EXPECT_EQ(desktop.frameOf(window), (Rect{150, 130, 400, 300}));
-}
 
-TEST_P(EventTapPointerSourceTest, SwitchingOffMidGestureFreezesTheWindowAndTheWatchStillEndsIt) {
-    manager.start();
-    desktop.movePointer({200, 200});
+    // Switched off mid-gesture: the window freezes and the watch still ends the gesture.
     desktop.pressModifiers(kMove);
-    desktop.movePointer({230, 210});
+    desktop.movePointer({430, 410});
     desktop.advance(20ms);
-
     settings.setIsEnabled(false);
-    desktop.movePointer({330, 310});
+    desktop.movePointer({480, 430});
     desktop.pressModifiers(0);  // no longer examined
     EXPECT_EQ(gesture(), Gesture::move);
     desktop.advance(150ms);
     EXPECT_EQ(gesture(), Gesture::none);
-    EXPECT_EQ(desktop.frameOf(window), (Rect{130, 110, 400, 300}));
-
+    EXPECT_EQ(desktop.frameOf(window), (Rect{180, 140, 400, 300}));
     // Switched on again, the next gesture follows the pointer again.
     settings.setIsEnabled(true);
     desktop.pressModifiers(kMove);
-    desktop.movePointer({350, 320});
+    desktop.movePointer({500, 440});
     desktop.advance(20ms);
-    EXPECT_EQ(desktop.frameOf(window), (Rect{150, 120, 400, 300}));
+    EXPECT_EQ(desktop.frameOf(window), (Rect{200, 150, 400, 300}));
 }
 
 INSTANTIATE_TEST_SUITE_P(Engine, EventTapPointerSourceTest, ::testing::Bool(),

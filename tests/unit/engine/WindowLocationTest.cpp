@@ -15,7 +15,7 @@ class WindowLocationTest : public ::testing::Test {
     Platform platform = desktop.platform();
 };
 
-TEST_F(WindowLocationTest, BothMethodsFindTheOrdinaryWindowUnderThePoint) {
+TEST_F(WindowLocationTest, BothMethodsFindTheOrdinaryWindowUnderThePointAndItsOwnIdentifier) {
     const auto behind = desktop.addWindow(Window::at({0, 0, 800, 600}, 7).withIdentifier("org.b"));
     const auto front =
         desktop.addWindow(Window::at({100, 100, 400, 300}, 8).withIdentifier("org.front"));
@@ -30,6 +30,17 @@ TEST_F(WindowLocationTest, BothMethodsFindTheOrdinaryWindowUnderThePoint) {
         // The right and bottom edges belong to the window behind.
         EXPECT_EQ(locate(platform, {500, 150})->windowID, behind);
         EXPECT_EQ(locate(platform, {150, 400})->windowID, behind);
+    }
+
+    // One process showing two applications' windows, as an office suite or every window
+    // forwarded over one ssh connection does: the identifier is the located window's.
+    desktop.addWindow(Window::at({0, 0, 400, 300}, 17).withIdentifier("Writer"));
+    desktop.addWindow(Window::at({500, 0, 400, 300}, 17).withIdentifier("Calc"));
+    desktop.addWindow(Window::at({0, 400, 400, 300}, 17));
+    for (auto locate : {locateWindowWithWindowServer, locateWindowWithWindowList}) {
+        EXPECT_EQ(locate(platform, {10, 10})->bundleIdentifier, "Writer");
+        EXPECT_EQ(locate(platform, {510, 10})->bundleIdentifier, "Calc");
+        EXPECT_EQ(locate(platform, {10, 410})->bundleIdentifier, std::nullopt);
     }
 }
 
@@ -84,19 +95,6 @@ TEST_F(WindowLocationTest, HandleIsMatchedByNumberElseTheFirstWindowIsTaken) {
     EXPECT_EQ(found->windowID, anonymous);
     // The handle is the process's first listed window, whatever its number.
     EXPECT_EQ(found->windowHandle->position(), (Point{0, 0}));
-}
-
-TEST_F(WindowLocationTest, TheIdentifierIsThatOfTheLocatedWindowNotOfItsProcess) {
-    // One process showing two applications' windows, as an office suite or every window
-    // forwarded over one ssh connection does.
-    desktop.addWindow(Window::at({0, 0, 400, 300}, 7).withIdentifier("Writer"));
-    desktop.addWindow(Window::at({500, 0, 400, 300}, 7).withIdentifier("Calc"));
-    desktop.addWindow(Window::at({0, 400, 400, 300}, 7));
-    for (auto locate : {locateWindowWithWindowServer, locateWindowWithWindowList}) {
-        EXPECT_EQ(locate(platform, {10, 10})->bundleIdentifier, "Writer");
-        EXPECT_EQ(locate(platform, {510, 10})->bundleIdentifier, "Calc");
-        EXPECT_EQ(locate(platform, {10, 410})->bundleIdentifier, std::nullopt);
-    }
 }
 
 }  // namespace

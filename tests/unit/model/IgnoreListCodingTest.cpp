@@ -7,7 +7,7 @@ namespace {
 
 using Entries = std::vector<IgnoreListEntry>;
 
-TEST(IgnoreListCodingTest, RoundTripKeepsOrderDuplicatesAndAnyText) {
+TEST(IgnoreListCodingTest, RoundTripKeepsOrderDuplicatesAndAnyTextButOnlyCompleteEntriesDecode) {
     EXPECT_EQ(IgnoreListCoding::encode({}), "[]");
     const Entries entries{
         {"XTerm", "xterm \"classic\""},
@@ -19,9 +19,8 @@ TEST(IgnoreListCodingTest, RoundTripKeepsOrderDuplicatesAndAnyText) {
               R"([{"appName":"xterm","bundleIdentifier":"XTerm"}])");
     EXPECT_EQ(IgnoreListCoding::decode(R"([{"appName":"A","extra":1,"bundleIdentifier":"a"}])"),
               (Entries{{"a", "A"}}));
-}
 
-TEST(IgnoreListCodingTest, AnythingButAnArrayOfCompleteEntriesFails) {
+    // Anything but an array of complete entries fails.
     const char* const malformed[] = {
         R"({"bundleIdentifier":"a","appName":"A"})",
         R"(["a"])",

@@ -11,7 +11,7 @@ const ModifierKey& control = ModifierKey::control();
 const ModifierKey& option = ModifierKey::option();
 const ModifierKey& command = ModifierKey::command();
 
-TEST(ModifierKeySetTest, HoldsEachKeyOnceInTableOrderAndMatchesAsASubset) {
+TEST(ModifierKeySetTest, HoldsEachKeyOnceInTableOrderMatchesAsASubsetAndRoundTripsThroughJson) {
     ModifierKeySet set{command, shift, command};
     EXPECT_EQ(set.keys(), (std::vector<ModifierKey>{shift, command}));
     EXPECT_TRUE(set.contains("command"));
@@ -26,9 +26,8 @@ TEST(ModifierKeySetTest, HoldsEachKeyOnceInTableOrderAndMatchesAsASubset) {
     EXPECT_FALSE(move.matches(control.eventFlag));
     EXPECT_FALSE(move.matches(~command.eventFlag));
     EXPECT_TRUE(ModifierKeySet{}.matches(0));
-}
 
-TEST(ModifierKeySetTest, EncodesCompactJsonThatDecodesToTheSameSet) {
+    // Compact JSON that decodes to the same set.
     EXPECT_EQ(ModifierKeySet({command, control}).toJson(),
               R"({"keys":[{"name":"control"},{"name":"command"}]})");
     EXPECT_EQ(ModifierKeySet{}.toJson(), R"({"keys":[]})");

@@ -23,7 +23,8 @@ X11FrameGeometry shadowedClient() {
     return geometry;
 }
 
-TEST(X11FrameGeometryTest, TheVisibleFrameHoldsDecorationsAndBordersButNoShadow) {
+TEST(X11FrameGeometryTest,
+     TheVisibleFrameHoldsDecorationsAndBordersButNoShadowAndFollowsAFrameAhead) {
     EXPECT_EQ(decoratedClient().visibleFrame(), (Rect{105, 105, 310, 230}));
 
     EXPECT_EQ(shadowedClient().visibleFrame(), (Rect{61, 55, 400, 300}));
@@ -32,9 +33,7 @@ TEST(X11FrameGeometryTest, TheVisibleFrameHoldsDecorationsAndBordersButNoShadow)
     bordered.client = {11, 21, 100, 50};
     bordered.border = 1;
     EXPECT_EQ(bordered.visibleFrame(), (Rect{10, 20, 102, 52}));
-}
 
-TEST(X11FrameGeometryTest, AFrameWindowAheadOfItsClientGivesTheCurrentSize) {
     // The window manager has shrunk its frame; the client inside still has its old size.
     X11FrameGeometry geometry = decoratedClient();
     geometry.frameWindow = Rect{105, 105, 110, 80};
@@ -46,7 +45,7 @@ TEST(X11FrameGeometryTest, AFrameWindowAheadOfItsClientGivesTheCurrentSize) {
     EXPECT_EQ(geometry.visibleFrame(), (Rect{105, 105, 310, 230}));
 }
 
-TEST(X11FrameGeometryTest, WritesAimTheVisibleFrame) {
+TEST(X11FrameGeometryTest, WritesAimTheVisibleFrameOfTheExtentsDeclared) {
     const X11FrameGeometry decorated = decoratedClient();
     EXPECT_EQ(decorated.decoratedCornerFor({0, 0}), (Point{0, 0}));
     EXPECT_EQ(decorated.clientSizeFor({310, 230}), (Size{300, 200}));
@@ -60,9 +59,8 @@ TEST(X11FrameGeometryTest, WritesAimTheVisibleFrame) {
     bordered.border = 1;
     EXPECT_EQ(bordered.clientSizeFor({102, 52}), (Size{100, 50}));
     EXPECT_EQ(bordered.clientSizeFor({1, 1}), (Size{1, 1}));
-}
 
-TEST(X11FrameGeometryTest, AnExtentsPropertyWithoutAllFourSizesDeclaresNone) {
+    // An extents property without all four sizes declares none.
     EXPECT_EQ(FrameExtents::fromProperty({5, 6, 25, 7}), (FrameExtents{5, 6, 25, 7}));
     EXPECT_EQ(FrameExtents::fromProperty({5, 6, 25}), std::nullopt);
     EXPECT_EQ(FrameExtents::fromProperty({}), std::nullopt);

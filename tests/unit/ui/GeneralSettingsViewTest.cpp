@@ -34,7 +34,8 @@ class GeneralSettingsViewTest : public UiTest {
     GeneralSettingsView view{settings(), appState()};
 };
 
-TEST_F(GeneralSettingsViewTest, AutoRaiseControlsFollowEnableAutoRaise) {
+TEST_F(GeneralSettingsViewTest,
+       ControlsWriteTheirOwnPreferenceFollowChangesMadeElsewhereAndAutoRaise) {
     const QList<QWidget*> dependent{&view.delaySlider(), &view.delayField(),
                                     &view.allWindowsToggle(), &view.autoRaisePicker()};
     for (QWidget* control : dependent) {
@@ -53,9 +54,7 @@ TEST_F(GeneralSettingsViewTest, AutoRaiseControlsFollowEnableAutoRaise) {
     settings().setAutoRaiseEnabled(false);
     EXPECT_FALSE(view.autoRaiseToggle().isChecked());
     EXPECT_FALSE(view.delaySlider().isEnabled());
-}
 
-TEST_F(GeneralSettingsViewTest, ControlsWriteTheirOwnPreferenceAndShowChangesMadeElsewhere) {
     view.resizePicker().checkBox(ModifierKey::shift()).click();
     EXPECT_EQ(
         settings().resizeModifiers(),

@@ -10,7 +10,8 @@ namespace {
 
 using MagneticsSettingsViewTest = UiTest;
 
-TEST_F(MagneticsSettingsViewTest, TargetsAndSliderCanBeOperatedOnlyWhileMagneticsAreOn) {
+TEST_F(MagneticsSettingsViewTest,
+       TargetsAndSliderWorkOnlyWhileMagneticsAreOnAndTheSliderShowsStoredValuesTruncated) {
     settings().setSnapThreshold(12.0);
     settings().setSnapToWindowEdges(false);
     MagneticsSettingsView view(settings());
@@ -35,10 +36,8 @@ TEST_F(MagneticsSettingsViewTest, TargetsAndSliderCanBeOperatedOnlyWhileMagnetic
     EXPECT_TRUE(view.thresholdSlider().isEnabled());
     view.windowEdgesToggle().click();
     EXPECT_TRUE(settings().snapToWindowEdges());
-}
 
-TEST_F(MagneticsSettingsViewTest, ThresholdSliderStopsAtTwoAndThirtyAndShowsStoredValuesTruncated) {
-    MagneticsSettingsView view(settings());
+    // The slider stops at 2 and 30 and shows stored values truncated.
     QSlider& slider = view.thresholdSlider();
     slider.setValue(slider.minimum());
     QTest::keyClick(&slider, Qt::Key_Right);

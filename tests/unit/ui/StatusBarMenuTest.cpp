@@ -22,7 +22,7 @@ class StatusBarMenuTest : public UiTest {
     StatusBarMenu menu{settings(), appState()};
 };
 
-TEST_F(StatusBarMenuTest, GrantLinesAndTheWayToTheWizardFollowTheGrantsAtEachOpening) {
+TEST_F(StatusBarMenuTest, GrantLinesFollowTheGrantsAtEachOpeningAndEveryItemWorks) {
     const QStringList common{"---", "Settings...", "Check for Updates...", "---",
                              "Quit Glimmerfold"};
     EXPECT_EQ(open(), QStringList({"Glimmerfold: Running", "---", "Accessibility: Granted",
@@ -47,9 +47,8 @@ TEST_F(StatusBarMenuTest, GrantLinesAndTheWayToTheWizardFollowTheGrantsAtEachOpe
     ASSERT_NE(window, nullptr);
     menu.settingsItem().trigger();
     EXPECT_EQ(appState().settingsWindow(), window);
-}
 
-TEST_F(StatusBarMenuTest, RunningItemSwitchesAndStoresIsEnabled) {
+    // The running item switches and stores isEnabled.
     QAction& running = menu.runningItem();
     EXPECT_TRUE(running.isChecked());
     running.trigger();
