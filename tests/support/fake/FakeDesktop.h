@@ -17,11 +17,8 @@
 
 namespace gf::test {
 
-// A whole simulated desktop on virtual time: every platform service, with controls for the tests.
-// Timers and serial-queue work run only inside advance() / runPendingQueueWork(), on the calling
-// thread, so unit tests never sleep. Window handles may be used from any thread, as the engine's
-// background queue does. Create the desktop before, and destroy it after, whatever uses its
-// platform().
+// Every platform service on virtual time: timers and queue work run only inside advance(), on the
+// test's thread, so unit tests never sleep. Window handles may be used from any thread.
 class FakeDesktop final : public InputService,
                           public WindowServer,
                           public WindowControl,
@@ -33,19 +30,18 @@ class FakeDesktop final : public InputService,
   public:
     static constexpr std::int32_t ownPid = 4242;
 
-    // A window as a test describes it. gcc 12 warns about designated initializers that leave
-    // members out, hence the chainable helpers: Window::at({0, 0, 400, 300}, 7).withLayer(...).
+    // Chainable, as gcc 12 warns about designated initializers that leave members out.
     struct Window {
         std::int32_t pid = 1000;
         Rect frame;  // outer frame, global top-left coordinates
         int layer = WindowLayer::normal;
         std::optional<std::string> identifier;  // the owning application's identifier
         bool sizeSettable = true;
-        bool hasHandle = true;    // listed among its process's manipulable windows
-        bool numberKnown = true;  // its handle can tell its window number
-        bool boundsKnown = true;  // the window server reports its bounds
+        bool hasHandle = true;  // listed among its process's windows
+        bool numberKnown = true;
+        bool boundsKnown = true;
         WindowState state;
-        Rect restoredFrame;  // the frame before it was maximized, for the axes it is maximized on
+        Rect restoredFrame;  // before it was maximized, on the maximized axes
 
         static Window at(Rect frame, std::int32_t pid = 1000) {
             Window w;
@@ -59,7 +55,6 @@ class FakeDesktop final : public InputService,
         Window& withoutHandle() { return set(&Window::hasHandle, false); }
         Window& withUnknownNumber() { return set(&Window::numberKnown, false); }
         Window& withUnknownBounds() { return set(&Window::boundsKnown, false); }
-        // Maximized from the restored frame to the frame given to at().
         Window& withMaximized(Rect restored, bool horizontally = true, bool vertically = true) {
             state.maximizedHorizontally = horizontally;
             state.maximizedVertically = vertically;
@@ -78,7 +73,7 @@ class FakeDesktop final : public InputService,
         }
     };
 
-    // One request made to a window or an application attribute. `sequence` orders both kinds.
+    // A request to a window or an application attribute; `sequence` orders both kinds.
     struct Write {
         enum class Kind { position, size, raise, makeMain, maximized };
         std::uint32_t window = 0;
@@ -99,31 +94,26 @@ class FakeDesktop final : public InputService,
     FakeDesktop& operator=(const FakeDesktop&) = delete;
 
     Platform platform() { return platform(*this); }
-    // The same services, with serial queues from another factory (such as the real threaded
-    // one, for concurrency tests).
+    // With serial queues from another factory, such as the real threaded one.
     Platform platform(SerialQueueFactory& queues) {
         return Platform{*this, *this, *this, *this, *this, *this, *this, queues, ownPid};
     }
 
-    // Virtual time
     void advance(std::chrono::microseconds d) { timeline_.advance(d); }
     void runPendingQueueWork() { timeline_.advance({}); }
     std::size_t scheduledCount() { return timeline_.scheduledCount(); }
 
-    // Displays, primary first; by default one 1440 x 900 display whose top 25 points are a panel.
+    // Primary first; by default one 1440 x 900 display with a 25-point panel at the top.
     void setDisplays(std::vector<DisplayInfo> displays);
 
-    // Windows, front to back; a new window goes in front; numbers start at 100.
+    // Windows, front to back; a new one goes in front; numbers start at 100.
     std::uint32_t addWindow(const Window& window);
     Rect frameOf(std::uint32_t number) const;
     WindowState stateOf(std::uint32_t number) const;
     void removeWindow(std::uint32_t number);
-    // As a window manager, maximizes to the primary display's usable area and gives back the
-    // restored frame when the state is left. Refuses to move or resize a maximized window.
-    // Deferred, a request to change the state is carried out only when the test says so.
+    // Maximizing goes to the primary's usable area; deferred, only when carried out.
     void setStateChangesDeferred(bool deferred);
     void carryOutStateChanges();
-    // The window manager placing a window on its own, as it does on the way out of a state.
     void placeWindow(std::uint32_t number, Rect frame);
     void setGeometryReadable(std::uint32_t number, bool position, bool size);
     std::vector<std::uint32_t> stackingOrder() const;
@@ -133,7 +123,6 @@ class FakeDesktop final : public InputService,
     bool windowServerAvailable = true;
     std::set<std::int32_t> unlistablePids;  // processes whose windows cannot be listed
 
-    // Applications and their attributes (the "enhanced user interface" switch)
     void setAttribute(std::int32_t pid, const std::string& name, std::optional<bool> value);
     void addApplication(const RunningApplication& application) {
         applications_[application.pid] = application;
@@ -143,15 +132,13 @@ class FakeDesktop final : public InputService,
     }
     std::vector<std::int32_t> activatedPids;
 
-    // Input
     bool tapCreationFails = false;
     std::size_t tapsCreated = 0;
     bool hasEventTap() const { return liveTap() != nullptr; }
     bool isEventTapEnabled() const;
     bool isPointerMotionWanted() const;
     void pressModifiers(std::uint64_t flags);
-    // Escape: to the tap that captures it, else to the focused application.
-    void pressCancelKey();
+    void pressCancelKey();  // to the tap that captures it, else to the application
     bool isCancelKeyCaptured() const;
     int cancelKeysSeenByApplications = 0;
     void holdModifiersSilently(std::uint64_t flags) { flags_ = flags; }
@@ -160,24 +147,20 @@ class FakeDesktop final : public InputService,
     void interruptEventTap();
     void disableEventTapSilently();
     std::size_t pointerMonitorCount() const { return monitors_.size(); }
-    // Sampling the pointer from the engine's queue: unavailable unless a test offers it, as on
-    // a desktop that can only report motion events. Samples may be taken on any thread.
+    // Sampling the pointer from any thread, unless a test offers it, is unavailable.
     std::atomic<bool> pointerSamplingOffered{false};
     std::atomic<bool> pointerSamplingFails{false};
-    // Runs inside each sample, after the position is read and before it is returned: what the
-    // main thread may do while a background tick waits for the answer. Set it before any
-    // background thread samples.
+    // Runs inside each sample after the read: what the main thread does meanwhile.
     std::function<void()> whilePointerIsSampled;
     std::size_t pointerSamplesTaken() const { return pointerSamples_.load(); }
 
-    // Grants: both present unless a test takes them away; a request grants nothing by itself.
+    // A request grants nothing by itself.
     bool accessibilityGranted = true;
     bool inputMonitoringGranted = true;
     int accessibilityRequests = 0;
     int inputMonitoringRequests = 0;
     int whereToGrantShown = 0;
 
-    // InputService
     std::unique_ptr<EventTap> createEventTap(EventCallback callback) override;
     std::optional<Point> currentPointerPosition() override { return pointer(); }
     bool canSamplePointer() const override { return pointerSamplingOffered; }
@@ -185,15 +168,12 @@ class FakeDesktop final : public InputService,
     std::uint64_t currentModifierFlags() override { return flags_; }
     std::unique_ptr<MonitorToken> addPointerMovedMonitor(PointerMovedCallback callback) override;
     std::unique_ptr<MonitorToken> followPointerMotion(std::function<void()> moved) override;
-    // WindowServer
     std::optional<WindowDescription> windowAt(Point point) override;
     std::vector<WindowDescription> onScreenWindows() override;
-    // WindowControl
     std::optional<std::vector<std::shared_ptr<WindowHandle>>> windowsOfProcess(
         std::int32_t pid) override;
     std::optional<bool> applicationAttribute(std::int32_t pid, std::string_view name) override;
     bool setApplicationAttribute(std::int32_t pid, std::string_view name, bool value) override;
-    // ApplicationRegistry
     std::vector<RunningApplication> runningApplications() override;
     std::optional<std::string> identifierOfProcess(std::int32_t pid) override;
     std::optional<ApplicationIcon> iconOfInstalledApplication(
@@ -202,9 +182,7 @@ class FakeDesktop final : public InputService,
         activatedPids.push_back(pid);
         return true;
     }
-    // DisplayService
     std::vector<DisplayInfo> displays() override { return displays_; }
-    // GrantService
     bool isAccessibilityGranted() override { return accessibilityGranted; }
     bool isInputMonitoringGranted() override { return inputMonitoringGranted; }
     bool requestAccessibility() override {
@@ -216,17 +194,15 @@ class FakeDesktop final : public InputService,
         return inputMonitoringGranted;
     }
     void showWhereToGrant() override { ++whereToGrantShown; }
-    // MainThreadScheduler
     std::unique_ptr<Timer> scheduleRepeating(std::chrono::milliseconds period,
                                              std::function<void()> handler) override;
     std::unique_ptr<Timer> scheduleOnce(std::chrono::milliseconds delay,
                                         std::function<void()> handler) override;
-    // SerialQueueFactory
     std::unique_ptr<SerialQueue> createSerialQueue(const char* label) override;
 
     struct Tap {
         EventCallback callback;
-        bool enabled = true;  // as a tap installed by the real backend, it delivers at once
+        bool enabled = true;  // as the real backend's, delivering at once
         bool motionWanted = false;
         bool cancelKeyCaptured = false;
     };

@@ -12,8 +12,7 @@
 
 namespace gf::test {
 
-// The windows and what was asked of them, shared with the handles, which may outlive the desktop
-// and be used from a background thread.
+// Shared with the handles, which may outlive the desktop and run on a background thread.
 struct FakeDesktop::WindowTable {
     struct Entry {
         std::uint32_t number = 0;
@@ -40,10 +39,9 @@ struct FakeDesktop::WindowTable {
     void record(std::uint32_t number, Write::Kind kind, Point point = {}, Size size = {}) {
         writes.push_back({number, kind, point, size, nextSequence++});
     }
-    // What a window manager does: each axis maximized keeps the frame it had along that axis to
-    // come back to, each axis let go gets it back.
+    // Each axis maximized keeps its frame to come back to when let go.
     void applyState(Entry& entry, WindowState wanted);
-    // A handle that fails softly once its window is gone, like a handle to a vanished X window.
+    // Fails softly once its window is gone, like one to a vanished X window.
     static std::shared_ptr<WindowHandle> handleTo(std::weak_ptr<WindowTable> table,
                                                   const Entry& entry);
 };

@@ -10,9 +10,8 @@
 
 namespace gf::test {
 
-// Virtual time for the fake desktop: scheduled work runs only when a test advances the clock, on
-// the test's own thread, in deadline order (ties in the order scheduled). Work scheduled by a
-// handler for a time already reached runs in the same advance.
+// Work runs only when a test advances the clock, on its thread, in deadline order (then order
+// scheduled), including work a handler schedules for a time already reached.
 class VirtualTimeline {
   public:
     using Duration = std::chrono::microseconds;
@@ -21,17 +20,15 @@ class VirtualTimeline {
     Duration now() const { return now_; }
     void advance(Duration d);
 
-    // A timer first due at `firstDeadline`, then every `period` when the period is positive.
+    // Due at `firstDeadline`, then every `period` when positive.
     std::unique_ptr<Timer> schedule(Duration firstDeadline, Duration period,
                                     std::function<void()> handler, Group group = 0);
     // A task due now that cannot be cancelled.
     void post(Group group, std::function<void()> task);
-    // Timers and tasks still to run; 0 means nothing can wake up.
     std::size_t scheduledCount();
 
     Group newGroup() { return nextGroup_++; }
-    // Runs the group's posted tasks at once, in order, and cancels its timers: what a serial
-    // queue does when it is destroyed.
+    // Runs the group's tasks and cancels its timers, as a serial queue does when destroyed.
     void drainGroup(Group group);
 
     struct Entry;

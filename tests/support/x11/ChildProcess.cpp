@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -41,14 +42,10 @@ std::vector<std::string> mergedEnvironment(
     const std::vector<std::pair<std::string, std::string>>& overrides) {
     std::vector<std::string> merged;
     for (char** entry = environ; *entry != nullptr; ++entry) {
-        const std::string variable(*entry);
-        const std::string name = variable.substr(0, variable.find('='));
-        bool replaced = false;
-        for (const auto& [overrideName, value] : overrides) {
-            replaced = replaced || overrideName == name;
-        }
-        if (!replaced) {
-            merged.push_back(variable);
+        const std::string_view variable(*entry);
+        const std::string_view name = variable.substr(0, variable.find('='));
+        if (std::ranges::none_of(overrides, [&](const auto& o) { return o.first == name; })) {
+            merged.emplace_back(variable);
         }
     }
     for (const auto& [name, value] : overrides) {
@@ -82,8 +79,8 @@ std::unique_ptr<ChildProcess> ChildProcess::start(const Options& options, std::s
     if (program.empty()) {
         return fail(options.arguments.front() + " is not installed");
     }
-    // Everything the child needs is prepared here: between fork and exec only
-    // async-signal-safe calls are allowed, and the test process has threads.
+    // Prepared before fork: the test process has threads, so the child may only make
+    // async-signal-safe calls.
     std::vector<std::string> arguments = options.arguments;
     std::vector<std::string> environment = mergedEnvironment(options.environment);
     std::vector<char*> argv = pointersTo(arguments);
@@ -138,15 +135,19 @@ bool ChildProcess::isRunning() {
     return !reap(false);
 }
 
-std::optional<int> ChildProcess::waitForExit(std::chrono::milliseconds timeout) {
+bool ChildProcess::reapWithin(std::chrono::milliseconds timeout) {
     const auto deadline = std::chrono::steady_clock::now() + timeout;
     while (!reap(false)) {
         if (std::chrono::steady_clock::now() >= deadline) {
-            return std::nullopt;
+            return false;
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    if (!WIFEXITED(status_)) {
+    return true;
+}
+
+std::optional<int> ChildProcess::waitForExit(std::chrono::milliseconds timeout) {
+    if (!reapWithin(timeout) || !WIFEXITED(status_)) {
         return std::nullopt;
     }
     return WEXITSTATUS(status_);
@@ -157,15 +158,10 @@ void ChildProcess::terminate(std::chrono::milliseconds grace) {
         return;
     }
     kill(pid_, SIGTERM);
-    const auto deadline = std::chrono::steady_clock::now() + grace;
-    while (std::chrono::steady_clock::now() < deadline) {
-        if (reap(false)) {
-            return;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    if (!reapWithin(grace)) {
+        kill(pid_, SIGKILL);
+        reap(true);
     }
-    kill(pid_, SIGKILL);
-    reap(true);
 }
 
 std::string lastLines(const std::filesystem::path& file, std::size_t lines) {
@@ -182,27 +178,16 @@ std::string lastLines(const std::filesystem::path& file, std::size_t lines) {
 }
 
 std::optional<std::string> readLine(int fd, std::chrono::milliseconds timeout) {
-    std::string line;
-    const auto deadline = std::chrono::steady_clock::now() + timeout;
-    while (std::chrono::steady_clock::now() < deadline) {
-        pollfd descriptor{fd, POLLIN, 0};
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-            deadline - std::chrono::steady_clock::now());
-        if (poll(&descriptor, 1, static_cast<int>(std::max<long>(1, left.count()))) <= 0) {
-            continue;
-        }
-        char buffer[32];
-        const ssize_t count = read(fd, buffer, sizeof buffer);
-        if (count <= 0) {
-            return std::nullopt;  // the writer is gone
-        }
-        line.append(buffer, static_cast<std::size_t>(count));
-        if (line.find('\n') != std::string::npos) {
-            line.resize(line.find('\n'));
-            return line;
-        }
+    pollfd descriptor{fd, POLLIN, 0};
+    if (poll(&descriptor, 1, static_cast<int>(timeout.count())) <= 0) {
+        return std::nullopt;
     }
-    return std::nullopt;
+    // The writer writes its line at once; a writer that is gone ends it early.
+    std::string line;
+    for (char c = 0; read(fd, &c, 1) == 1 && c != '\n';) {
+        line += c;
+    }
+    return line;
 }
 
 }  // namespace gf::test

@@ -12,14 +12,12 @@
 
 namespace gf::test {
 
-// A program started by a test, stopped when the object goes. The child is
-// also killed when the test process dies, so no server outlives a crash.
+// A program started by a test, stopped with the object or when the test process dies.
 class ChildProcess {
   public:
     struct Options {
         std::vector<std::string> arguments;  // arguments[0]: the program, looked up in PATH
-        // Added to the test's own environment, replacing variables of the same name.
-        std::vector<std::pair<std::string, std::string>> environment;
+        std::vector<std::pair<std::string, std::string>> environment;  // overrides the test's
         std::string outputFile;  // receives stdout and stderr; /dev/null when empty
         int inheritedFd = -1;    // a descriptor the child keeps under the same number
     };
@@ -35,27 +33,23 @@ class ChildProcess {
     pid_t pid() const { return pid_; }
     bool isRunning();
 
-    // The exit status once the child has ended by itself; nullopt when it is
-    // still running at the timeout or was killed by a signal.
+    // The exit status; nullopt when still running at the timeout or killed by a signal.
     std::optional<int> waitForExit(std::chrono::milliseconds timeout);
-
-    // SIGTERM, then SIGKILL once the grace period is over; returns when the
-    // child has been reaped.
+    // SIGTERM, then SIGKILL after the grace period; returns once the child is reaped.
     void terminate(std::chrono::milliseconds grace = std::chrono::milliseconds(2000));
 
   private:
     bool reap(bool block);
+    bool reapWithin(std::chrono::milliseconds timeout);
 
     pid_t pid_;
     bool reaped_ = false;
     int status_ = 0;
 };
 
-// The first line written to the descriptor (such as one a child inherited), without its end;
-// nullopt when the writer closes it first or the time runs out.
+// The first line written to the descriptor; nullopt when it is closed first or time runs out.
 std::optional<std::string> readLine(int fd, std::chrono::milliseconds timeout);
-
-// The last lines of a file, such as a process's output, each indented for a failure message.
+// The file's last lines, indented for a failure message.
 std::string lastLines(const std::filesystem::path& file, std::size_t lines);
 
 }  // namespace gf::test

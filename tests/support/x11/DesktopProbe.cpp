@@ -7,24 +7,9 @@
 #include <algorithm>
 
 #include "platform/x11/XcbReply.h"
+#include "platform/x11/XcbReplyValues.h"
 
 namespace gf::test {
-
-namespace {
-
-std::vector<std::uint32_t> cardinals(xcb_connection_t* c, WindowId window, xcb_atom_t property,
-                                     std::uint32_t count) {
-    auto reply =
-        xcbReply(c, xcb_get_property_reply,
-                 xcb_get_property(c, 0, window, property, XCB_GET_PROPERTY_TYPE_ANY, 0, count));
-    if (!reply || reply->format != 32) {
-        return {};
-    }
-    const auto* data = static_cast<const std::uint32_t*>(xcb_get_property_value(reply.get()));
-    return {data, data + xcb_get_property_value_length(reply.get()) / 4};
-}
-
-}  // namespace
 
 DesktopProbe::DesktopProbe(xcb_connection_t* connection, WindowId root)
     : connection_(connection), root_(root) {
@@ -39,11 +24,15 @@ std::uint32_t DesktopProbe::atom(const std::string& name) const {
     auto reply = xcbReply(
         connection_, xcb_intern_atom_reply,
         xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.c_str()));
-    if (!reply) {
-        return XCB_ATOM_NONE;
-    }
-    atoms_.emplace(name, reply->atom);
-    return reply->atom;
+    return reply ? atoms_[name] = reply->atom : std::uint32_t{XCB_ATOM_NONE};
+}
+
+std::vector<std::uint32_t> DesktopProbe::cardinals(WindowId window, const char* property,
+                                                   std::uint32_t count) const {
+    auto reply = xcbReply(
+        connection_, xcb_get_property_reply,
+        requestProperty(connection_, window, atom(property), XCB_GET_PROPERTY_TYPE_ANY, count));
+    return propertyValues32(reply.get());
 }
 
 std::vector<WindowId> DesktopProbe::children(WindowId window) const {
@@ -57,21 +46,17 @@ std::vector<WindowId> DesktopProbe::children(WindowId window) const {
 
 std::optional<WindowId> DesktopProbe::parentOf(WindowId window) const {
     auto tree = xcbReply(connection_, xcb_query_tree_reply, xcb_query_tree(connection_, window));
-    if (!tree) {
+    if (!tree || tree->parent == XCB_WINDOW_NONE) {
         return std::nullopt;
     }
     return tree->parent;
 }
 
 std::optional<WindowId> DesktopProbe::frameOf(WindowId client) const {
-    WindowId window = client;
-    while (true) {
+    for (WindowId window = client;;) {
         const std::optional<WindowId> parent = parentOf(window);
-        if (!parent || *parent == XCB_WINDOW_NONE) {
-            return std::nullopt;
-        }
-        if (*parent == root_) {
-            return window;
+        if (!parent || *parent == root_) {
+            return parent ? std::optional(window) : std::nullopt;
         }
         window = *parent;
     }
@@ -79,17 +64,10 @@ std::optional<WindowId> DesktopProbe::frameOf(WindowId client) const {
 
 std::optional<Rect> DesktopProbe::frameGeometry(WindowId client) const {
     const std::optional<WindowId> frame = frameOf(client);
-    if (!frame) {
-        return std::nullopt;
-    }
     auto geometry =
-        xcbReply(connection_, xcb_get_geometry_reply, xcb_get_geometry(connection_, *frame));
-    if (!geometry) {
-        return std::nullopt;
-    }
-    const double border = geometry->border_width;
-    return Rect{static_cast<double>(geometry->x), static_cast<double>(geometry->y),
-                geometry->width + 2 * border, geometry->height + 2 * border};
+        frame ? xcbReply(connection_, xcb_get_geometry_reply, xcb_get_geometry(connection_, *frame))
+              : nullptr;
+    return geometry ? std::optional(outerRectangle(*geometry)) : std::nullopt;
 }
 
 std::optional<Rect> DesktopProbe::visibleFrame(WindowId client) const {
@@ -113,10 +91,6 @@ std::optional<Rect> DesktopProbe::visibleFrame(WindowId client) const {
                    visible.width + around[0] + around[1], visible.height + around[2] + around[3]};
     }
     return visible;
-}
-
-std::vector<WindowId> DesktopProbe::rootChildrenBottomToTop() const {
-    return children(root_);
 }
 
 bool DesktopProbe::hasWmState(WindowId window) const {
@@ -145,12 +119,8 @@ std::optional<WindowId> DesktopProbe::clientAtOrBelow(WindowId window) const {
 std::vector<WindowId> DesktopProbe::clientsFrontToBack() const {
     std::vector<WindowId> clients;
     std::vector<WindowId> stack = rootChildrenBottomToTop();
-    std::reverse(stack.begin(), stack.end());
-    for (WindowId frame : stack) {
-        if (!isViewable(frame)) {
-            continue;
-        }
-        if (const std::optional<WindowId> client = clientAtOrBelow(frame)) {
+    for (auto frame = stack.rbegin(); frame != stack.rend(); ++frame) {
+        if (const auto client = isViewable(*frame) ? clientAtOrBelow(*frame) : std::nullopt) {
             clients.push_back(*client);
         }
     }
@@ -158,11 +128,9 @@ std::vector<WindowId> DesktopProbe::clientsFrontToBack() const {
 }
 
 bool DesktopProbe::isAbove(WindowId a, WindowId b) const {
-    const std::optional<WindowId> frameA = frameOf(a);
-    const std::optional<WindowId> frameB = frameOf(b);
     const std::vector<WindowId> stack = rootChildrenBottomToTop();
-    const auto positionA = std::find(stack.begin(), stack.end(), frameA.value_or(XCB_WINDOW_NONE));
-    const auto positionB = std::find(stack.begin(), stack.end(), frameB.value_or(XCB_WINDOW_NONE));
+    const auto positionA = std::ranges::find(stack, frameOf(a).value_or(XCB_WINDOW_NONE));
+    const auto positionB = std::ranges::find(stack, frameOf(b).value_or(XCB_WINDOW_NONE));
     return positionA != stack.end() && positionB != stack.end() && positionA > positionB;
 }
 
@@ -174,29 +142,23 @@ std::optional<WindowId> DesktopProbe::focusedClient() const {
     }
     // Focus may sit on the client, on one of its subwindows or on the frame.
     WindowId window = focus->focus;
-    while (window != root_) {
-        if (hasWmState(window)) {
-            return window;
-        }
+    while (!hasWmState(window)) {
         const std::optional<WindowId> parent = parentOf(window);
-        if (!parent || *parent == XCB_WINDOW_NONE) {
-            return std::nullopt;
-        }
-        if (*parent == root_) {
+        if (parent == root_) {
             const std::optional<WindowId> client = clientAtOrBelow(window);
-            if (!client && !windowManagerRuns()) {
-                return window;  // an unmanaged top-level window is its own client
-            }
-            return client;
+            // Without a window manager, an unmanaged top-level window is its own client.
+            return client || windowManagerRuns() ? client : std::optional(window);
+        }
+        if (!parent) {
+            return std::nullopt;
         }
         window = *parent;
     }
-    return std::nullopt;
+    return window;
 }
 
 std::optional<WindowId> DesktopProbe::activeWindow() const {
-    const std::vector<std::uint32_t> active =
-        cardinals(connection_, root_, atom("_NET_ACTIVE_WINDOW"), 1);
+    const std::vector<std::uint32_t> active = cardinals(root_, "_NET_ACTIVE_WINDOW", 1);
     if (active.empty() || active.front() == XCB_WINDOW_NONE) {
         return std::nullopt;
     }
@@ -204,7 +166,7 @@ std::optional<WindowId> DesktopProbe::activeWindow() const {
 }
 
 bool DesktopProbe::windowManagerRuns() const {
-    return !cardinals(connection_, root_, atom("_NET_SUPPORTING_WM_CHECK"), 1).empty();
+    return !cardinals(root_, "_NET_SUPPORTING_WM_CHECK", 1).empty();
 }
 
 bool DesktopProbe::isViewable(WindowId window) const {
@@ -214,31 +176,25 @@ bool DesktopProbe::isViewable(WindowId window) const {
 }
 
 bool DesktopProbe::exists(WindowId window) const {
-    auto attributes = xcbReply(connection_, xcb_get_window_attributes_reply,
-                               xcb_get_window_attributes(connection_, window));
-    return attributes != nullptr;
+    return xcbReply(connection_, xcb_get_window_attributes_reply,
+                    xcb_get_window_attributes(connection_, window)) != nullptr;
 }
 
 bool DesktopProbe::isManaged(WindowId client) const {
-    if (!hasWmState(client) || !isViewable(client)) {
-        return false;
-    }
-    const std::vector<std::uint32_t> check =
-        cardinals(connection_, root_, atom("_NET_SUPPORTING_WM_CHECK"), 1);
-    if (check.empty()) {
-        return true;  // no window manager that decorates
-    }
-    return frameExtents(client).size() == 4;
+    return hasWmState(client) && isViewable(client) &&
+           (!windowManagerRuns() || frameExtents(client).size() == 4);
 }
 
 std::vector<std::uint32_t> DesktopProbe::frameExtents(WindowId client) const {
-    return cardinals(connection_, client, atom("_NET_FRAME_EXTENTS"), 4);
+    return cardinals(client, "_NET_FRAME_EXTENTS", 4);
+}
+
+std::vector<std::uint32_t> DesktopProbe::clientSideExtents(WindowId client) const {
+    return cardinals(client, "_GTK_FRAME_EXTENTS", 4);
 }
 
 bool DesktopProbe::hasState(WindowId client, const std::string& state) const {
-    const std::vector<std::uint32_t> states =
-        cardinals(connection_, client, atom("_NET_WM_STATE"), 64);
-    return std::find(states.begin(), states.end(), atom(state)) != states.end();
+    return std::ranges::count(cardinals(client, "_NET_WM_STATE", 64), atom(state)) > 0;
 }
 
 std::optional<Rect> DesktopProbe::rootGeometry(WindowId window) const {
@@ -253,10 +209,6 @@ std::optional<Rect> DesktopProbe::rootGeometry(WindowId window) const {
                 static_cast<double>(geometry->width), static_cast<double>(geometry->height)};
 }
 
-std::vector<std::uint32_t> DesktopProbe::clientSideExtents(WindowId client) const {
-    return cardinals(connection_, client, atom("_GTK_FRAME_EXTENTS"), 4);
-}
-
 std::optional<std::int32_t> DesktopProbe::pidOf(WindowId client) const {
     const xcb_res_client_id_spec_t spec{client, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
     auto ids = xcbReply(connection_, xcb_res_query_client_ids_reply,
@@ -269,11 +221,8 @@ std::optional<std::int32_t> DesktopProbe::pidOf(WindowId client) const {
             }
         }
     }
-    const std::vector<std::uint32_t> pid = cardinals(connection_, client, atom("_NET_WM_PID"), 1);
-    if (pid.empty()) {
-        return std::nullopt;
-    }
-    return static_cast<std::int32_t>(pid.front());
+    const std::vector<std::uint32_t> pid = cardinals(client, "_NET_WM_PID", 1);
+    return pid.empty() ? std::nullopt : std::optional(static_cast<std::int32_t>(pid.front()));
 }
 
 std::optional<std::string> DesktopProbe::classOf(WindowId client) const {
@@ -283,8 +232,7 @@ std::optional<std::string> DesktopProbe::classOf(WindowId client) const {
     if (!reply || reply->format != 8) {
         return std::nullopt;
     }
-    const auto* data = static_cast<const char*>(xcb_get_property_value(reply.get()));
-    const std::string both(data,
+    const std::string both(static_cast<const char*>(xcb_get_property_value(reply.get())),
                            static_cast<std::size_t>(xcb_get_property_value_length(reply.get())));
     const std::size_t separator = both.find('\0');
     if (separator == std::string::npos) {
@@ -294,10 +242,7 @@ std::optional<std::string> DesktopProbe::classOf(WindowId client) const {
 }
 
 std::vector<WindowId> DesktopProbe::allClients() const {
-    // Without a window manager nothing carries WM_STATE: every mapped
-    // top-level window that is not a menu belongs to an application.
-    const bool managed =
-        !cardinals(connection_, root_, atom("_NET_SUPPORTING_WM_CHECK"), 1).empty();
+    const bool managed = windowManagerRuns();
     std::vector<WindowId> clients;
     for (WindowId topLevel : rootChildrenBottomToTop()) {
         if (const std::optional<WindowId> client = clientAtOrBelow(topLevel)) {
@@ -314,34 +259,30 @@ std::vector<WindowId> DesktopProbe::allClients() const {
 }
 
 std::optional<WindowId> DesktopProbe::findClientByPid(std::int32_t pid) const {
-    for (WindowId client : allClients()) {
-        if (pidOf(client) == pid) {
-            return client;
-        }
-    }
-    return std::nullopt;
+    const std::vector<WindowId> clients = allClients();
+    const auto found = std::ranges::find_if(clients, [&](WindowId c) { return pidOf(c) == pid; });
+    return found == clients.end() ? std::nullopt : std::optional(*found);
 }
 
 std::optional<WindowId> DesktopProbe::findClientByClass(const std::string& windowClass) const {
-    for (WindowId client : allClients()) {
-        if (classOf(client) == windowClass) {
-            return client;
-        }
-    }
-    return std::nullopt;
+    const std::vector<WindowId> clients = allClients();
+    const auto found =
+        std::ranges::find_if(clients, [&](WindowId c) { return classOf(c) == windowClass; });
+    return found == clients.end() ? std::nullopt : std::optional(*found);
 }
 
 std::vector<Rect> DesktopProbe::monitors() const {
     auto reply = xcbReply(connection_, xcb_randr_get_monitors_reply,
                           xcb_randr_get_monitors(connection_, root_, 1));
     std::vector<Rect> monitors;
-    if (reply) {
-        for (auto it = xcb_randr_get_monitors_monitors_iterator(reply.get()); it.rem > 0;
-             xcb_randr_monitor_info_next(&it)) {
-            monitors.push_back({static_cast<double>(it.data->x), static_cast<double>(it.data->y),
-                                static_cast<double>(it.data->width),
-                                static_cast<double>(it.data->height)});
-        }
+    if (!reply) {
+        return monitors;
+    }
+    for (auto it = xcb_randr_get_monitors_monitors_iterator(reply.get()); it.rem > 0;
+         xcb_randr_monitor_info_next(&it)) {
+        monitors.push_back({static_cast<double>(it.data->x), static_cast<double>(it.data->y),
+                            static_cast<double>(it.data->width),
+                            static_cast<double>(it.data->height)});
     }
     return monitors;
 }

@@ -11,14 +11,11 @@
 
 namespace gf::test {
 
-// The real program, sandboxed as an ordinary user, on a private desktop with a tray host (without
-// one Glimmerfold opens its Settings window after a while, in the way of the gestures). When the
-// test ends the hands let go, and what the sanitizers reported fails it: the programs it started
-// were stopped when its body ended, which is when leaks are reported.
+// The sandboxed program on a private desktop with a tray host (else the Settings window opens in
+// the way); sanitizer reports of the programs it started fail the test.
 class GlimmerfoldDesktopTest : public X11DesktopTest {
   protected:
     X11Desktop::Options desktopOptions() const override;
-    // The settings lines after a completed setup that the program starts with.
     virtual std::vector<std::string> settings() const;
 
     void SetUp() override;
@@ -28,9 +25,8 @@ class GlimmerfoldDesktopTest : public X11DesktopTest {
     GestureHands& hands() { return *hands_; }
     TrayHost& tray() { return desktop().trayHost(); }
 
-    // A test failure and nullptr when the program cannot be started.
     std::unique_ptr<ChildProcess> launch(const std::string& outputName = "glimmerfold.out");
-    // Starts the program and waits until it reacts to the keys.
+    // Launches and waits until the program reacts to the keys.
     std::unique_ptr<ChildProcess> start(
         const std::string& outputName = "glimmerfold.out",
         std::chrono::milliseconds timeout = std::chrono::seconds(10));

@@ -16,15 +16,6 @@ namespace {
 
 constexpr const char* kEventTapCreated = "[EventTap] Created and enabled successfully.";
 
-}  // namespace
-
-std::string fileText(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
 std::vector<std::string> linesOf(const std::string& text) {
     std::vector<std::string> lines;
     std::istringstream stream(text);
@@ -32,6 +23,15 @@ std::vector<std::string> linesOf(const std::string& text) {
         lines.push_back(line);
     }
     return lines;
+}
+
+}  // namespace
+
+std::string fileText(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream text;
+    text << in.rdbuf();
+    return text.str();
 }
 
 GlimmerfoldLauncher::GlimmerfoldLauncher(X11Desktop& desktop, Options options)
@@ -49,12 +49,11 @@ GlimmerfoldLauncher::GlimmerfoldLauncher(X11Desktop& desktop, Options options)
     ::chmod(runtimeDirectory().c_str(), 0700);
     ::chmod(privateTmp_.c_str(), 01777);
     writeSettings(settingsWith(options_.settings));
-    // Only read by a program built with the sanitizers (the dev preset): leaks inside system
-    // libraries are not reported, and undefined behaviour stops the program at once.
+    // For the dev preset's sanitizers: no leaks of system libraries, stop at undefined behaviour.
     const std::filesystem::path suppressions(GLIMMERFOLD_LSAN_SUPPRESSIONS);
     setEnvironment("LSAN_OPTIONS", "print_suppressions=0:suppressions=" + suppressions.string());
     setEnvironment("UBSAN_OPTIONS", "print_stacktrace=1:halt_on_error=1");
-    keepVisible(suppressions.parent_path());
+    kept_.push_back(suppressions.parent_path());
 }
 
 std::string GlimmerfoldLauncher::executable() {
@@ -107,10 +106,6 @@ std::string GlimmerfoldLauncher::settingsText() const {
 
 void GlimmerfoldLauncher::setEnvironment(const std::string& name, const std::string& value) {
     environment_.emplace_back(name, value);
-}
-
-void GlimmerfoldLauncher::keepVisible(const std::filesystem::path& directory) {
-    kept_.push_back(directory);
 }
 
 std::unique_ptr<ChildProcess> GlimmerfoldLauncher::launch(

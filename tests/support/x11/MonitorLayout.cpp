@@ -1,5 +1,4 @@
-#include "x11/MonitorLayout.h"
-
+// X11Desktop's RandR monitors, set through xrandr.
 #include <xcb/randr.h>
 #include <xcb/xcb.h>
 
@@ -16,11 +15,10 @@ constexpr std::chrono::milliseconds kXrandrTimeout(5000);
 
 }  // namespace
 
-void setMonitors(X11Desktop& desktop, const std::vector<Rect>& monitors, std::size_t primary) {
-    xcb_connection_t* c = desktop.connection();
-    const WindowId root = desktop.root();
+void X11Desktop::setMonitors(const std::vector<Rect>& monitors, std::size_t primary) {
+    xcb_connection_t* c = connection();
     auto resources = xcbReply(c, xcb_randr_get_screen_resources_current_reply,
-                              xcb_randr_get_screen_resources_current(c, root));
+                              xcb_randr_get_screen_resources_current(c, root()));
     if (!resources || xcb_randr_get_screen_resources_current_outputs_length(resources.get()) < 1) {
         throw std::runtime_error("the server has no RandR output");
     }
@@ -35,12 +33,11 @@ void setMonitors(X11Desktop& desktop, const std::vector<Rect>& monitors, std::si
         reinterpret_cast<const char*>(xcb_randr_get_output_info_name(outputInfo.get())),
         static_cast<std::size_t>(xcb_randr_get_output_info_name_length(outputInfo.get())));
 
-    // xrandr does what libxcb-randr's SetMonitor cannot (it sends a malformed
-    // request). Monitors set earlier go first; the automatic monitor of the
-    // output disappears once the output belongs to the first new monitor.
+    // libxcb-randr's SetMonitor sends a malformed request. Monitors set earlier go first; the
+    // output's automatic monitor goes once the output belongs to the first new monitor.
     std::vector<std::string> arguments{"xrandr"};
     if (auto existing =
-            xcbReply(c, xcb_randr_get_monitors_reply, xcb_randr_get_monitors(c, root, 0))) {
+            xcbReply(c, xcb_randr_get_monitors_reply, xcb_randr_get_monitors(c, root(), 0))) {
         for (auto it = xcb_randr_get_monitors_monitors_iterator(existing.get()); it.rem > 0;
              xcb_randr_monitor_info_next(&it)) {
             if (it.data->automatic == 0) {
@@ -70,8 +67,8 @@ void setMonitors(X11Desktop& desktop, const std::vector<Rect>& monitors, std::si
     }
     ChildProcess::Options options;
     options.arguments = arguments;
-    options.environment = desktop.clientEnvironment();
-    options.outputFile = (desktop.directory() / "xrandr.log").string();
+    options.environment = clientEnvironment();
+    options.outputFile = (directory_ / "xrandr.log").string();
     std::string error;
     auto xrandr = ChildProcess::start(options, &error);
     if (!xrandr) {
@@ -80,7 +77,7 @@ void setMonitors(X11Desktop& desktop, const std::vector<Rect>& monitors, std::si
     if (xrandr->waitForExit(kXrandrTimeout) != 0) {
         throw std::runtime_error("xrandr failed:\n" + lastLines(options.outputFile, 5));
     }
-    if (desktop.probe().monitors().size() != monitors.size()) {
+    if (probe_->monitors().size() != monitors.size()) {
         throw std::runtime_error("the server lists other monitors than those set");
     }
 }

@@ -1,13 +1,7 @@
-// glimmerfold-test-sandbox: runs a program as an unprivileged user with a private /tmp, so that
-// tests can plant files at the program's fixed log path without touching the machine's own, and
-// so that file permissions hold even when the tests run as root.
-//
-// Usage: glimmerfold-test-sandbox --tmp DIR [--keep PATH]... -- PROGRAM [ARGUMENT]...
-//
-// DIR is what the program sees as /tmp. Each PATH (a directory under /tmp that the program needs,
-// such as its settings) stays visible at the same place. The program runs in a user namespace as
-// an ordinary user without capabilities; files of the caller's user appear as its own.
-// Exit status 77 when the namespaces cannot be made (the tests then skip).
+// glimmerfold-test-sandbox --tmp DIR [--keep PATH]... -- PROGRAM [ARGUMENT]...
+// Runs the program as an ordinary user with DIR as /tmp (each PATH under /tmp stays visible), so
+// tests can plant files at its fixed log path and permissions hold even for root; 77 when the
+// namespaces cannot be made.
 #include <fcntl.h>
 #include <sched.h>
 #include <signal.h>
@@ -43,8 +37,7 @@ bool writeFile(const char* path, const std::string& text) {
     return written;
 }
 
-// Inside, the caller's user and group become an ordinary user, so that on exec the program keeps
-// no capability: permission bits apply to it even when the caller is root.
+// An ordinary user inside keeps no capability on exec, so permissions apply even to root.
 void enterUserNamespace() {
     const uid_t uid = ::geteuid();
     const gid_t gid = ::getegid();

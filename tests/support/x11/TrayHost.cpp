@@ -14,8 +14,7 @@ using namespace std::chrono_literals;
 
 constexpr auto kStartTimeout = 10s;
 constexpr int kMaxDepth = 8;
-// The first item's middle, below the menu's top margin; "Quit Glimmerfold" is as far above the
-// bottom.
+// The first item's middle, below the menu's top margin.
 constexpr int kItemOffset = 12;
 
 std::string classPart(const std::string& wmClass) {
@@ -128,7 +127,7 @@ std::optional<Rect> TrayHost::waitForIcon(std::chrono::milliseconds timeout) con
     return icon;
 }
 
-std::vector<WindowId> TrayHost::popups(const std::string& windowClass) const {
+std::vector<WindowId> TrayHost::popups() const {
     xcb_connection_t* c = desktop_.connection();
     std::vector<WindowId> found;
     for (const WindowId child : desktop_.probe().rootChildrenBottomToTop()) {
@@ -136,7 +135,7 @@ std::vector<WindowId> TrayHost::popups(const std::string& windowClass) const {
             xcbReply(c, xcb_get_window_attributes_reply, xcb_get_window_attributes(c, child));
         if (attributes && attributes->override_redirect &&
             attributes->map_state == XCB_MAP_STATE_VIEWABLE &&
-            desktop_.probe().classOf(child) == windowClass) {
+            desktop_.probe().classOf(child) == "Glimmerfold") {
             found.push_back(child);
         }
     }
@@ -153,7 +152,7 @@ std::optional<Rect> TrayHost::openMenu() {
     const bool opened = waitUntil([&] {
         for (const WindowId popup : popups()) {
             menu = desktop_.probe().rootGeometry(popup);
-            // A menu is mapped before it is laid out; its items are there once it has its height.
+            // Laid out once it is tall; a tooltip may show too.
             if (menu && menu->height > 100) {
                 return true;
             }

@@ -7,8 +7,7 @@ namespace gf::test {
 
 namespace {
 
-// No key bindings (they would grab Super and friends), no mouse bindings unless asked, no margins,
-// no animations, one desktop: windows land exactly where they are asked to.
+// No key or mouse bindings, margins or animations, one desktop.
 constexpr const char* kOpenboxConfig = R"(<?xml version="1.0" encoding="UTF-8"?>
 <openbox_config xmlns="http://openbox.org/3.4/rc">
   <resistance><strength>0</strength><screen_edge_strength>0</screen_edge_strength></resistance>
@@ -24,9 +23,7 @@ constexpr const char* kOpenboxConfig = R"(<?xml version="1.0" encoding="UTF-8"?>
 </openbox_config>
 )";
 
-// Openbox as most people run it for these two gestures: Alt + left button drag moves, Alt +
-// right button drag resizes from the nearest corner, starting at the first pixel as
-// Glimmerfold's gestures do. The bench compares Glimmerfold with them.
+// Alt + left drag moves, Alt + right drag resizes, from the first pixel: what the bench compares.
 constexpr const char* kOpenboxDragBindings = R"(
     <dragThreshold>1</dragThreshold>
     <context name="Frame">
@@ -37,8 +34,7 @@ constexpr const char* kOpenboxDragBindings = R"(
     </context>
   )";
 
-// The others, likewise: no task bar or toolbar (a panel would shrink the work
-// area), no key bindings, no snapping or resistance of their own.
+// Likewise, and no panel that would shrink the work area.
 constexpr const char* kIcewmPreferences = R"(ShowTaskBar=0
 Win95Keys=0
 ModSuperIsCtrlAlt=0
@@ -63,8 +59,7 @@ session.styleFile: /usr/share/fluxbox/styles/Emerge
 session.configVersion: 13
 )";
 
-// Without a wallpaper setter installed, fluxbox's fbsetbg otherwise pops up a
-// message box a few seconds after the start, over the windows and with the focus.
+// Else fbsetbg, without a wallpaper setter, pops up a message box that takes the focus.
 constexpr const char* kFluxboxOverlay = "background: unset\n";
 
 }  // namespace
@@ -103,9 +98,7 @@ ChildProcess::Options windowManagerProcess(
     const std::vector<std::pair<std::string, std::string>>& environment, bool dragBindings) {
     ChildProcess::Options process;
     process.environment = environment;
-    // Each keeps its settings and caches in the desktop's directory; their
-    // themes come from the system's data directories, whatever a test points
-    // the variables at for its own purposes.
+    // Themes come from the system whatever a test points the variables at.
     process.environment.insert(process.environment.end(),
                                {{"HOME", directory.string()},
                                 {"XDG_CONFIG_HOME", (directory / "config").string()},
@@ -140,8 +133,7 @@ ChildProcess::Options windowManagerProcess(
             break;
         }
         case WindowManager::fluxbox: {
-            // In fluxbox's own directory: on a first start it overwrites the file given with
-            // -rc by the system's defaults (toolbar, key bindings, wallpaper) unless it is there.
+            // Elsewhere, a first start overwrites the -rc file with the system's defaults.
             const std::filesystem::path config = directory / ".fluxbox";
             std::filesystem::create_directories(config);
             std::ofstream(config / "keys");

@@ -10,8 +10,7 @@
 
 namespace gf::test {
 
-// The window managers the desktop can run, each configured so that it grabs
-// no keys of its own and places windows exactly where they ask to be.
+// Each configured to grab no keys and to place windows exactly where they ask to be.
 enum class WindowManager {
     none,
     openbox,
@@ -21,14 +20,11 @@ enum class WindowManager {
     fluxbox,
 };
 const char* nameOf(WindowManager windowManager);
-// Names it where GoogleTest prints a parameter (test lists, failures).
 void PrintTo(WindowManager windowManager, std::ostream* stream);
-// Every window manager above, none included, for suites that run on each.
 const std::vector<WindowManager>& everyWindowManager();
 
-// How to start the window manager on a display whose clients get `environment`: its settings and
-// caches are written to `directory`, its output goes to window-manager.log there. With
-// `dragBindings`, openbox keeps its usual Alt + left drag move and Alt + right drag resize.
+// Its settings, caches and window-manager.log go to `directory`; `dragBindings` keeps openbox's
+// Alt + drag move and resize.
 ChildProcess::Options windowManagerProcess(
     WindowManager windowManager, const std::filesystem::path& directory,
     const std::vector<std::pair<std::string, std::string>>& environment, bool dragBindings = false);

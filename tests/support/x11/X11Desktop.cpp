@@ -12,7 +12,6 @@
 #include <stdexcept>
 
 #include "platform/x11/XcbReply.h"
-#include "x11/MonitorLayout.h"
 #include "x11/WaitUntil.h"
 
 namespace gf::test {
@@ -23,8 +22,7 @@ using namespace std::chrono_literals;
 
 constexpr auto kServerStartTimeout = 10s;
 constexpr auto kWindowTimeout = 5000ms;
-// A window mapped while openbox is still starting may be left unmanaged;
-// after this long the probe window is mapped again.
+// openbox may leave a window mapped while it starts unmanaged; the probe window is mapped again.
 constexpr auto kProbeRetry = 500ms;
 
 // WM_SIZE_HINTS flags.
@@ -32,17 +30,10 @@ constexpr std::uint32_t kUserPosition = 1u << 0;
 constexpr std::uint32_t kUserSize = 1u << 1;
 constexpr std::uint32_t kMinSize = 1u << 4;
 constexpr std::uint32_t kMaxSize = 1u << 5;
-
-// _NET_MOVERESIZE_WINDOW: position and size given, from a tool rather than the application.
-constexpr std::uint32_t kGravityNorthWest = 1;
-constexpr std::uint32_t kMoveResizeAllFields = (1u << 8) | (1u << 9) | (1u << 10) | (1u << 11);
-constexpr std::uint32_t kSourceIndicationTool = 2;
+// _NET_MOVERESIZE_WINDOW from a tool, north-west gravity, position and size given.
+constexpr std::uint32_t kMoveResizeFlags = 1 | (0xf << 8) | (2 << 12);
 
 }  // namespace
-
-void X11Desktop::Disconnect::operator()(xcb_connection_t* connection) const {
-    xcb_disconnect(connection);
-}
 
 X11Desktop::X11Desktop() = default;
 
@@ -62,10 +53,6 @@ X11Desktop::~X11Desktop() {
 }
 
 std::unique_ptr<X11Desktop> X11Desktop::start(const Options& options, std::string* error) {
-    std::string ignored;
-    if (error == nullptr) {
-        error = &ignored;
-    }
     auto desktop = std::make_unique<X11Desktop>();
     std::string directory =
         (std::filesystem::temp_directory_path() / "glimmerfold-e2e-XXXXXX").string();
@@ -114,16 +101,12 @@ bool X11Desktop::startServer(const Options& options, std::string* error) {
         return false;
     }
     displayName_ = ":" + *number;
-
-    int screenNumber = 0;
-    connection_.reset(xcb_connect(displayName_.c_str(), &screenNumber));
-    if (xcb_connection_has_error(connection_.get()) != 0) {
-        *error = "cannot connect to the private display " + displayName_;
+    connection_ = XcbConnection::open(displayName_.c_str(), error);
+    if (!connection_) {
         return false;
     }
-    root_ = xcb_setup_roots_iterator(xcb_get_setup(connection_.get())).data->root;
-    input_ = std::make_unique<XTestDriver>(connection_.get(), root_);
-    probe_ = std::make_unique<DesktopProbe>(connection_.get(), root_);
+    input_ = std::make_unique<XTestDriver>(connection(), root());
+    probe_ = std::make_unique<DesktopProbe>(connection(), root());
     return true;
 }
 
@@ -146,8 +129,7 @@ bool X11Desktop::startSessionBus(std::string* error) {
 }
 
 bool X11Desktop::startWindowManager(const Options& options, std::string* error) {
-    // xfwm4 reads its settings over D-Bus, and GTK clients look for services
-    // there: a private bus keeps both away from whatever session runs the tests.
+    // xfwm4 and GTK clients use D-Bus: a private bus keeps them off the session running the tests.
     if (options.sessionBus && !startSessionBus(error)) {
         return false;
     }
@@ -172,11 +154,10 @@ bool X11Desktop::startWindowManager(const Options& options, std::string* error) 
 }
 
 bool X11Desktop::waitUntilManaging() {
-    // _NET_SUPPORTING_WM_CHECK appears before openbox takes over new windows,
-    // so only a window that actually got managed proves it is ready.
-    xcb_connection_t* c = connection_.get();
+    // openbox sets _NET_SUPPORTING_WM_CHECK before it manages windows: only a managed one tells.
+    xcb_connection_t* c = connection();
     const xcb_window_t probeWindow = xcb_generate_id(c);
-    xcb_create_window(c, XCB_COPY_FROM_PARENT, probeWindow, root_, 0, 0, 10, 10, 0,
+    xcb_create_window(c, XCB_COPY_FROM_PARENT, probeWindow, root(), 0, 0, 10, 10, 0,
                       XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
     const auto deadline = std::chrono::steady_clock::now() + kServerStartTimeout;
     bool managed = false;
@@ -242,13 +223,6 @@ void X11Desktop::waitForWindow(WindowId window, bool managed,
     }
 }
 
-TestClient& X11Desktop::startClient(const std::vector<std::string>& arguments,
-                                    std::optional<std::pair<int, int>> framePosition) {
-    ChildProcess::Options options;
-    options.arguments = arguments;
-    return startClient(options, framePosition);
-}
-
 TestClient& X11Desktop::startClient(ChildProcess::Options options,
                                     std::optional<std::pair<int, int>> framePosition) {
     auto client = std::make_unique<TestClient>();
@@ -281,17 +255,27 @@ TestClient& X11Desktop::startClient(ChildProcess::Options options,
 }
 
 TestClient& X11Desktop::startXlogo(int x, int y, int width, int height) {
-    const std::string geometry = std::to_string(width) + "x" + std::to_string(height) + "+" +
-                                 std::to_string(x) + "+" + std::to_string(y);
-    return startClient({"xlogo", "-geometry", geometry}, std::pair{x, y});
+    return startPlaced("xlogo", x, y, width, height);
+}
+
+TestClient& X11Desktop::startXterm(int x, int y, int columns, int rows) {
+    return startPlaced("xterm", x, y, columns, rows);
+}
+
+TestClient& X11Desktop::startPlaced(const std::string& program, int x, int y, int width,
+                                    int height) {
+    ChildProcess::Options options;
+    options.arguments = {program, "-geometry",
+                         std::to_string(width) + "x" + std::to_string(height) + "+" +
+                             std::to_string(x) + "+" + std::to_string(y)};
+    return startClient(options, std::pair{x, y});
 }
 
 TestClient& X11Desktop::startGtkApplication(int gtkVersion) {
     ChildProcess::Options options;
     options.arguments = {gtkVersion == 4 ? "gtk4-demo" : "gtk3-demo"};
-    options.environment = {// Drawn in software and without the accessibility bus, which Xvfb
-                           // sessions lack; everything it writes stays in the desktop's directory.
-                           {"GDK_BACKEND", "x11"},
+    // Drawn in software, without the accessibility bus, writing only to the desktop's directory.
+    options.environment = {{"GDK_BACKEND", "x11"},
                            {"GSK_RENDERER", "cairo"},
                            {"NO_AT_BRIDGE", "1"},
                            {"GTK_A11Y", "none"},
@@ -300,12 +284,6 @@ TestClient& X11Desktop::startGtkApplication(int gtkVersion) {
                            {"XDG_CACHE_HOME", (directory_ / "cache").string()},
                            {"XDG_DATA_HOME", (directory_ / "data").string()}};
     return startClient(options);
-}
-
-TestClient& X11Desktop::startXterm(int x, int y, int columns, int rows) {
-    const std::string geometry = std::to_string(columns) + "x" + std::to_string(rows) + "+" +
-                                 std::to_string(x) + "+" + std::to_string(y);
-    return startClient({"xterm", "-geometry", geometry}, std::pair{x, y});
 }
 
 void X11Desktop::killClient(TestClient& client) {
@@ -317,18 +295,17 @@ void X11Desktop::killClient(TestClient& client) {
 
 void X11Desktop::setProperty(WindowId window, const std::string& property, std::uint32_t type,
                              std::uint8_t format, std::uint32_t count, const void* data) {
-    xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, window, probe_->atom(property),
-                        type, format, count, data);
+    xcb_change_property(connection(), XCB_PROP_MODE_REPLACE, window, probe_->atom(property), type,
+                        format, count, data);
 }
 
 WindowId X11Desktop::createWindow(const TestWindowOptions& options) {
-    xcb_connection_t* c = connection_.get();
+    xcb_connection_t* c = connection();
     const xcb_window_t window = xcb_generate_id(c);
-    const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(c)).data;
-    const std::array<std::uint32_t, 2> values{screen->white_pixel,
+    const std::array<std::uint32_t, 2> values{connection_->screen().white_pixel,
                                               options.overrideRedirect ? 1u : 0u};
     xcb_create_window(
-        c, XCB_COPY_FROM_PARENT, window, root_, static_cast<std::int16_t>(options.x),
+        c, XCB_COPY_FROM_PARENT, window, root(), static_cast<std::int16_t>(options.x),
         static_cast<std::int16_t>(options.y), static_cast<std::uint16_t>(options.width),
         static_cast<std::uint16_t>(options.height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
         XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT, values.data());
@@ -396,12 +373,8 @@ WindowId X11Desktop::createDock(int x, int y, int width, int height, const Strut
 }
 
 void X11Desktop::destroyWindow(WindowId window) {
-    xcb_destroy_window(connection_.get(), window);
+    xcb_destroy_window(connection(), window);
     input_->sync();
-}
-
-void X11Desktop::setMonitors(const std::vector<Rect>& monitors, std::size_t primary) {
-    test::setMonitors(*this, monitors, primary);
 }
 
 bool X11Desktop::startTrayHost(std::string* error) {
@@ -417,29 +390,17 @@ bool X11Desktop::placeWindow(WindowId client, int x, int y, int clientWidth, int
     if (!before || extents.size() != 4) {
         return false;
     }
-    // The frame is the client with the decorations around it. The client's own size may still
-    // be on its way from a previous placement, as the window manager resizes the frame first.
+    // Checked on the frame: the client's own size may lag behind, as the frame is resized first.
     const Rect expected{static_cast<double>(x), static_cast<double>(y),
                         static_cast<double>(clientWidth + extents[0] + extents[1]),
                         static_cast<double>(clientHeight + extents[2] + extents[3])};
     if (*before == expected) {
         return true;
     }
-    xcb_client_message_event_t message{};
-    message.response_type = XCB_CLIENT_MESSAGE;
-    message.format = 32;
-    message.window = client;
-    message.type = probe_->atom("_NET_MOVERESIZE_WINDOW");
-    message.data.data32[0] =
-        kGravityNorthWest | kMoveResizeAllFields | (kSourceIndicationTool << 12);
-    message.data.data32[1] = static_cast<std::uint32_t>(x);
-    message.data.data32[2] = static_cast<std::uint32_t>(y);
-    message.data.data32[3] = static_cast<std::uint32_t>(clientWidth);
-    message.data.data32[4] = static_cast<std::uint32_t>(clientHeight);
-    xcb_send_event(connection_.get(), 0, root_,
-                   XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
-                   reinterpret_cast<const char*>(&message));
-    xcb_flush(connection_.get());
+    connection_->sendToWindowManager(
+        client, probe_->atom("_NET_MOVERESIZE_WINDOW"),
+        {kMoveResizeFlags, static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y),
+         static_cast<std::uint32_t>(clientWidth), static_cast<std::uint32_t>(clientHeight)});
     return waitUntil([&] { return probe_->frameGeometry(client) == expected; }, 2s, 2ms);
 }
 

@@ -12,10 +12,7 @@
 
 namespace gf::test {
 
-// A test with its own private desktop: Xvfb, openbox, and whatever clients
-// the test starts. Override desktopOptions() for another screen size. The
-// desktop is stopped after the derived fixture's members are gone, so those
-// may hold connections to it.
+// A test with a private desktop, stopped after the derived fixture's members are gone.
 class X11DesktopTest : public ::testing::Test {
   protected:
     X11DesktopTest();
@@ -29,8 +26,7 @@ class X11DesktopTest : public ::testing::Test {
     XTestDriver& input() { return desktop_->input(); }
     const DesktopProbe& probe() const { return desktop_->probe(); }
 
-    // The backend under test, connected to this desktop; a test failure and
-    // nullptr when it cannot connect.
+    // The backend under test on this desktop; a test failure and nullptr when it cannot connect.
     std::unique_ptr<X11Platform> connectPlatform();
 
     static bool waitUntil(const std::function<bool()>& condition,

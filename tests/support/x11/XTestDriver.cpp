@@ -76,44 +76,12 @@ void XTestDriver::sendInput(std::uint8_t type, std::uint8_t detail, int x, int y
     xcb_flush(connection_);
 }
 
-void XTestDriver::pressKey(std::uint32_t keysym) {
-    fakeInput(XCB_KEY_PRESS, keycodeOf(keysym), 0, 0);
-}
-
-void XTestDriver::releaseKey(std::uint32_t keysym) {
-    fakeInput(XCB_KEY_RELEASE, keycodeOf(keysym), 0, 0);
-}
-
-void XTestDriver::movePointerTo(int x, int y) {
-    fakeInput(XCB_MOTION_NOTIFY, 0, x, y);
-}
-
-void XTestDriver::movePointerBy(int dx, int dy) {
-    fakeInput(XCB_MOTION_NOTIFY, 1, dx, dy);
-}
-
-void XTestDriver::pressButton(int button) {
-    fakeInput(XCB_BUTTON_PRESS, static_cast<std::uint8_t>(button), 0, 0);
-}
-
-void XTestDriver::releaseButton(int button) {
-    fakeInput(XCB_BUTTON_RELEASE, static_cast<std::uint8_t>(button), 0, 0);
-}
-
 bool XTestDriver::sendKeyPress(std::uint32_t keysym) {
     const std::uint8_t keycode = findKeycode(keysym);
     if (keycode != 0) {
         sendInput(XCB_KEY_PRESS, keycode, 0, 0);
     }
     return keycode != 0;
-}
-
-void XTestDriver::sendPointerTo(int x, int y) {
-    sendInput(XCB_MOTION_NOTIFY, 0, x, y);
-}
-
-void XTestDriver::sendPointerBy(int dx, int dy) {
-    sendInput(XCB_MOTION_NOTIFY, 1, dx, dy);
 }
 
 void XTestDriver::sync() {

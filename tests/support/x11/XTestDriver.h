@@ -1,15 +1,14 @@
 #pragma once
 
+#include <xcb/xcb.h>
+
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
 
-struct xcb_connection_t;
-
 namespace gf::test {
 
-// Keysyms of the keys the tests press.
 namespace Keysym {
 inline constexpr std::uint32_t shiftL = 0xffe1;
 inline constexpr std::uint32_t controlL = 0xffe3;
@@ -19,38 +18,30 @@ inline constexpr std::uint32_t capsLock = 0xffe5;
 inline constexpr std::uint32_t escape = 0xff1b;
 }  // namespace Keysym
 
-// Plays keyboard and pointer input into the X server through XTest, as if
-// the user did it. Every call returns once the server has processed it, but
-// those named send…, which leave at once, so that the moment input leaves is
-// known to within the cost of one write.
+// Keyboard and pointer input through XTest. Calls return once the server processed them, but
+// send… ones, which leave at once so the bench knows when input left.
 class XTestDriver {
   public:
     XTestDriver(xcb_connection_t* connection, std::uint32_t root);
-    // On a connection of its own, so that a burst of input never waits behind
-    // requests made elsewhere; nullptr with a reason when it cannot connect.
+    // On a connection of its own, so input never waits behind other requests.
     static std::unique_ptr<XTestDriver> connect(const std::string& displayName, std::string* error);
     XTestDriver(const XTestDriver&) = delete;
     XTestDriver& operator=(const XTestDriver&) = delete;
     ~XTestDriver();
 
-    void pressKey(std::uint32_t keysym);
-    void releaseKey(std::uint32_t keysym);
+    void pressKey(std::uint32_t keysym) { fakeInput(XCB_KEY_PRESS, keycodeOf(keysym), 0, 0); }
+    void releaseKey(std::uint32_t keysym) { fakeInput(XCB_KEY_RELEASE, keycodeOf(keysym), 0, 0); }
+    void movePointerTo(int x, int y) { fakeInput(XCB_MOTION_NOTIFY, 0, x, y); }
+    void movePointerBy(int dx, int dy) { fakeInput(XCB_MOTION_NOTIFY, 1, dx, dy); }
+    void pressButton(int button) { fakeInput(XCB_BUTTON_PRESS, std::uint8_t(button), 0, 0); }
+    void releaseButton(int button) { fakeInput(XCB_BUTTON_RELEASE, std::uint8_t(button), 0, 0); }
 
-    void movePointerTo(int x, int y);
-    void movePointerBy(int dx, int dy);
-    void pressButton(int button);  // 1 = left
-    void releaseButton(int button);
-
-    // False when no key of the keyboard produces the keysym.
     bool sendKeyPress(std::uint32_t keysym);
-    void sendPointerTo(int x, int y);
-    // As a mouse reports motion: by an offset from wherever the pointer is.
-    void sendPointerBy(int dx, int dy);
+    void sendPointerTo(int x, int y) { sendInput(XCB_MOTION_NOTIFY, 0, x, y); }
+    // By an offset, as a mouse reports motion.
+    void sendPointerBy(int dx, int dy) { sendInput(XCB_MOTION_NOTIFY, 1, dx, dy); }
 
-    // A round trip: everything sent before has been processed by the server.
-    void sync();
-
-    // The key that types the keysym; throws when no key does.
+    void sync();  // a round trip
     std::uint8_t keycodeOf(std::uint32_t keysym) const;
 
   private:
@@ -61,7 +52,7 @@ class XTestDriver {
     xcb_connection_t* connection_;
     std::uint32_t root_;
     bool ownsConnection_ = false;
-    // The keyboard mapping, read once: looking a key up must not cost a round trip.
+    // Read once, so that looking a key up costs no round trip.
     std::uint8_t firstKeycode_ = 0;
     std::size_t keysymsPerKeycode_ = 0;
     std::vector<std::uint32_t> keysyms_;
