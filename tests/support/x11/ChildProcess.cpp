@@ -164,6 +164,13 @@ void ChildProcess::terminate(std::chrono::milliseconds grace) {
     }
 }
 
+std::string fileText(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
 std::string lastLines(const std::filesystem::path& file, std::size_t lines) {
     std::ifstream stream(file);
     std::vector<std::string> all;

@@ -49,6 +49,7 @@ class ChildProcess {
 
 // The first line written to the descriptor; nullopt when it is closed first or time runs out.
 std::optional<std::string> readLine(int fd, std::chrono::milliseconds timeout);
+std::string fileText(const std::filesystem::path& path);  // empty when it cannot be read
 // The file's last lines, indented for a failure message.
 std::string lastLines(const std::filesystem::path& file, std::size_t lines);
 

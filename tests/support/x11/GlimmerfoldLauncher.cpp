@@ -27,13 +27,6 @@ std::vector<std::string> linesOf(const std::string& text) {
 
 }  // namespace
 
-std::string fileText(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
 GlimmerfoldLauncher::GlimmerfoldLauncher(X11Desktop& desktop, Options options)
     : desktop_(desktop),
       options_(std::move(options)),

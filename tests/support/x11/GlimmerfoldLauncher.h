@@ -72,6 +72,4 @@ class GlimmerfoldLauncher {
     std::string error_;
 };
 
-std::string fileText(const std::filesystem::path& path);  // empty when it cannot be read
-
 }  // namespace gf::test

@@ -7,60 +7,8 @@ namespace gf::test {
 
 namespace {
 
-// No key or mouse bindings, margins or animations, one desktop.
-constexpr const char* kOpenboxConfig = R"(<?xml version="1.0" encoding="UTF-8"?>
-<openbox_config xmlns="http://openbox.org/3.4/rc">
-  <resistance><strength>0</strength><screen_edge_strength>0</screen_edge_strength></resistance>
-  <focus><focusNew>yes</focusNew><followMouse>no</followMouse></focus>
-  <placement><policy>Smart</policy></placement>
-  <theme><animateIconify>no</animateIconify></theme>
-  <desktops><number>1</number></desktops>
-  <margins><top>0</top><bottom>0</bottom><left>0</left><right>0</right></margins>
-  <keyboard></keyboard>
-  <mouse></mouse>
-  <menu></menu>
-  <applications></applications>
-</openbox_config>
-)";
-
-// Alt + left drag moves, Alt + right drag resizes, from the first pixel: what the bench compares.
-constexpr const char* kOpenboxDragBindings = R"(
-    <dragThreshold>1</dragThreshold>
-    <context name="Frame">
-      <mousebind button="A-Left" action="Press"><action name="Focus"/><action name="Raise"/></mousebind>
-      <mousebind button="A-Left" action="Drag"><action name="Move"/></mousebind>
-      <mousebind button="A-Right" action="Press"><action name="Focus"/><action name="Raise"/></mousebind>
-      <mousebind button="A-Right" action="Drag"><action name="Resize"/></mousebind>
-    </context>
-  )";
-
-// Likewise, and no panel that would shrink the work area.
-constexpr const char* kIcewmPreferences = R"(ShowTaskBar=0
-Win95Keys=0
-ModSuperIsCtrlAlt=0
-ClickToFocus=1
-FocusOnMap=1
-EdgeSwitch=0
-HorizontalEdgeSwitch=0
-VerticalEdgeSwitch=0
-SnapMove=0
-SnapDistance=0
-EdgeResistance=0
-WorkspaceNames=" 1 "
-)";
-
-constexpr const char* kFluxboxInit = R"(session.screen0.toolbar.visible: false
-session.screen0.slit.autoHide: true
-session.screen0.workspaces: 1
-session.screen0.edgeSnapThreshold: 0
-session.screen0.focusModel: ClickFocus
-session.screen0.windowPlacement: RowSmartPlacement
-session.styleFile: /usr/share/fluxbox/styles/Emerge
-session.configVersion: 13
-)";
-
-// Else fbsetbg, without a wallpaper setter, pops up a message box that takes the focus.
-constexpr const char* kFluxboxOverlay = "background: unset\n";
+// No key or mouse bindings, margins, animations, panels, snapping or resistance; one desktop.
+const std::filesystem::path kConfigs(GLIMMERFOLD_WINDOW_MANAGER_CONFIGS);
 
 }  // namespace
 
@@ -110,9 +58,10 @@ ChildProcess::Options windowManagerProcess(
     switch (windowManager) {
         case WindowManager::openbox: {
             const std::filesystem::path config = directory / "rc.xml";
-            std::string text = kOpenboxConfig;
-            if (dragBindings) {
-                text.insert(text.find("</mouse>"), kOpenboxDragBindings);
+            std::string text = fileText(kConfigs / "openbox-rc.xml");
+            if (dragBindings) {  // Alt + drag from the first pixel, which the bench compares with
+                text.insert(text.find("</mouse>"),
+                            fileText(kConfigs / "openbox-drag-bindings.xml"));
             }
             std::ofstream(config) << text;
             process.arguments = {"openbox", "--config-file", config.string(), "--sm-disable"};
@@ -127,7 +76,7 @@ ChildProcess::Options windowManagerProcess(
         case WindowManager::icewm: {
             const std::filesystem::path config = directory / "icewm";
             std::filesystem::create_directories(config);
-            std::ofstream(config / "preferences") << kIcewmPreferences;
+            std::filesystem::copy_file(kConfigs / "icewm-preferences", config / "preferences");
             process.environment.emplace_back("ICEWM_PRIVCFG", config.string());
             process.arguments = {"icewm", "--config=" + (config / "preferences").string()};
             break;
@@ -138,12 +87,13 @@ ChildProcess::Options windowManagerProcess(
             std::filesystem::create_directories(config);
             std::ofstream(config / "keys");
             std::ofstream(config / "apps");
-            std::ofstream(config / "overlay") << kFluxboxOverlay;
+            // Else fbsetbg, without a wallpaper setter, shows a message box that takes the focus.
+            std::filesystem::copy_file(kConfigs / "fluxbox-overlay", config / "overlay");
             std::ofstream(config / "init")
                 << "session.keyFile: " << (config / "keys").string()
                 << "\nsession.appsFile: " << (config / "apps").string()
                 << "\nsession.styleOverlay: " << (config / "overlay").string() << "\n"
-                << kFluxboxInit;
+                << fileText(kConfigs / "fluxbox-init");
             process.arguments = {"fluxbox", "-rc", (config / "init").string()};
             break;
         }

@@ -15,9 +15,6 @@ namespace gf::test {
 // A test with a private desktop, stopped after the derived fixture's members are gone.
 class X11DesktopTest : public ::testing::Test {
   protected:
-    X11DesktopTest();
-    ~X11DesktopTest() override;
-
     virtual X11Desktop::Options desktopOptions() const { return {}; }
 
     void SetUp() override;
