@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <mutex>
+#include <ranges>
 
 #include "fake/FakeWindowTable.h"
 
@@ -93,10 +94,7 @@ FakeDesktop::~FakeDesktop() = default;
 void FakeDesktop::setDisplays(std::vector<DisplayInfo> displays) {
     displays_ = std::move(displays);
     std::lock_guard lock(table_->mutex);
-    table_->maximizedFrame = {};
-    if (!displays_.empty()) {
-        table_->maximizedFrame = displays_.front().visibleFrame;
-    }
+    table_->maximizedFrame = displays_.empty() ? Rect{} : displays_.front().visibleFrame;
 }
 
 std::uint32_t FakeDesktop::addWindow(const Window& window) {
@@ -124,8 +122,7 @@ WindowState FakeDesktop::stateOf(std::uint32_t number) const {
 
 void FakeDesktop::removeWindow(std::uint32_t number) {
     std::lock_guard lock(table_->mutex);
-    std::erase_if(table_->windows,
-                  [number](const WindowTable::Entry& entry) { return entry.number == number; });
+    std::erase_if(table_->windows, [number](const auto& entry) { return entry.number == number; });
 }
 
 void FakeDesktop::setStateChangesDeferred(bool deferred) {
@@ -157,11 +154,8 @@ void FakeDesktop::setGeometryReadable(std::uint32_t number, bool position, bool 
 
 std::vector<std::uint32_t> FakeDesktop::stackingOrder() const {
     std::lock_guard lock(table_->mutex);
-    std::vector<std::uint32_t> order;
-    for (const auto& entry : table_->windows) {
-        order.push_back(entry.number);
-    }
-    return order;
+    const auto numbers = table_->windows | std::views::transform(&WindowTable::Entry::number);
+    return {numbers.begin(), numbers.end()};
 }
 
 std::vector<FakeDesktop::Write> FakeDesktop::writes() const {
@@ -361,11 +355,8 @@ bool FakeDesktop::setApplicationAttribute(std::int32_t pid, std::string_view nam
 }
 
 std::vector<RunningApplication> FakeDesktop::runningApplications() {
-    std::vector<RunningApplication> list;
-    for (const auto& [pid, application] : applications_) {
-        list.push_back(application);
-    }
-    return list;
+    const auto running = std::views::values(applications_);
+    return {running.begin(), running.end()};
 }
 
 std::optional<std::string> FakeDesktop::identifierOfProcess(std::int32_t pid) {

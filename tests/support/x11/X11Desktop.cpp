@@ -312,11 +312,9 @@ WindowId X11Desktop::createWindow(const TestWindowOptions& options) {
 
     const std::string wmClass =
         "glimmerfold-test" + std::string(1, '\0') + options.windowClass + '\0';
-    xcb_change_property(c, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
-                        static_cast<std::uint32_t>(wmClass.size()), wmClass.data());
-    xcb_change_property(c, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8,
-                        static_cast<std::uint32_t>(options.windowClass.size()),
-                        options.windowClass.data());
+    setProperty(window, "WM_CLASS", XCB_ATOM_STRING, 8, wmClass.size(), wmClass.data());
+    const std::string& name = options.windowClass;
+    setProperty(window, "WM_NAME", XCB_ATOM_STRING, 8, name.size(), name.data());
 
     std::array<std::uint32_t, 18> hints{};
     hints[0] = kUserPosition | kUserSize | (options.fixedSize ? kMinSize | kMaxSize : 0);
@@ -324,8 +322,7 @@ WindowId X11Desktop::createWindow(const TestWindowOptions& options) {
     hints[2] = static_cast<std::uint32_t>(options.y);
     hints[3] = hints[5] = hints[7] = static_cast<std::uint32_t>(options.width);
     hints[4] = hints[6] = hints[8] = static_cast<std::uint32_t>(options.height);
-    xcb_change_property(c, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_NORMAL_HINTS,
-                        XCB_ATOM_WM_SIZE_HINTS, 32, hints.size(), hints.data());
+    setProperty(window, "WM_NORMAL_HINTS", XCB_ATOM_WM_SIZE_HINTS, 32, hints.size(), hints.data());
 
     const std::uint32_t pid = static_cast<std::uint32_t>(getpid());
     setProperty(window, "_NET_WM_PID", XCB_ATOM_CARDINAL, 32, 1, &pid);
