@@ -5,16 +5,13 @@
 #include <fstream>
 #include <sstream>
 
+#include "x11/ChildProcess.h"
+
 namespace gf::bench {
 
 namespace {
 
-std::string fileText(const std::filesystem::path& path) {
-    std::ifstream in(path);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
+using test::fileText;
 
 std::optional<std::uint64_t> leadingNumber(std::string_view text) {
     const std::size_t start = text.find_first_not_of(" \t");
