@@ -96,13 +96,8 @@ void GestureHands::release(bool controlFirst) {
     if (!holding_) {
         return;
     }
-    if (controlFirst) {
-        desktop_.input().releaseKey(Keysym::controlL);
-        desktop_.input().releaseKey(secondKey(held_));
-    } else {
-        desktop_.input().releaseKey(secondKey(held_));
-        desktop_.input().releaseKey(Keysym::controlL);
-    }
+    desktop_.input().releaseKey(controlFirst ? Keysym::controlL : secondKey(held_));
+    desktop_.input().releaseKey(controlFirst ? secondKey(held_) : Keysym::controlL);
     holding_ = false;
 }
 

@@ -55,19 +55,15 @@ std::string GlimmerfoldLauncher::executable() {
 
 std::optional<std::string> GlimmerfoldLauncher::sandboxUnavailable() {
     static const std::optional<std::string> reason = []() -> std::optional<std::string> {
-        const std::filesystem::path directory =
-            std::filesystem::temp_directory_path() /
-            ("glimmerfold-sandbox-check-" + std::to_string(::getpid()));
-        std::filesystem::create_directories(directory);
+        const std::filesystem::path tmp = std::filesystem::temp_directory_path();
         ChildProcess::Options options;
-        options.arguments = {GLIMMERFOLD_SANDBOX, "--tmp", directory.string(), "--", "true"};
-        options.outputFile = (directory.string() + ".out");
+        options.arguments = {GLIMMERFOLD_SANDBOX, "--tmp", tmp.string(), "--", "true"};
+        options.outputFile = tmp / ("glimmerfold-sandbox-check-" + std::to_string(::getpid()));
         std::string error;
         auto check = ChildProcess::start(options, &error);
         std::optional<int> status =
             check ? check->waitForExit(std::chrono::seconds(10)) : std::nullopt;
         const std::string said = fileText(options.outputFile);
-        std::filesystem::remove_all(directory);
         std::filesystem::remove(options.outputFile);
         if (status == 0) {
             return std::nullopt;
