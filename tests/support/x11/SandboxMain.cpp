@@ -14,6 +14,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -27,14 +28,10 @@ constexpr uid_t kUnprivilegedId = 1000;
     std::exit(status);
 }
 
+// The kernel takes each of these files in a single write.
 bool writeFile(const char* path, const std::string& text) {
-    const int fd = ::open(path, O_WRONLY | O_CLOEXEC);
-    if (fd < 0) {
-        return false;
-    }
-    const bool written = ::write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size());
-    ::close(fd);
-    return written;
+    std::ofstream file(path);
+    return static_cast<bool>(file << text << std::flush);
 }
 
 // An ordinary user inside keeps no capability on exec, so permissions apply even to root.

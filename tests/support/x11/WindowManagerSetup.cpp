@@ -13,21 +13,9 @@ const std::filesystem::path kConfigs(GLIMMERFOLD_WINDOW_MANAGER_CONFIGS);
 }  // namespace
 
 const char* nameOf(WindowManager windowManager) {
-    switch (windowManager) {
-        case WindowManager::none:
-            return "none";
-        case WindowManager::openbox:
-            return "openbox";
-        case WindowManager::xfwm4:
-            return "xfwm4";
-        case WindowManager::xfwm4Compositing:
-            return "xfwm4Compositing";
-        case WindowManager::icewm:
-            return "icewm";
-        case WindowManager::fluxbox:
-            return "fluxbox";
-    }
-    return "unknown";
+    static constexpr const char* kNames[] = {"none",  "openbox", "xfwm4", "xfwm4Compositing",
+                                             "icewm", "fluxbox"};
+    return kNames[static_cast<int>(windowManager)];
 }
 
 void PrintTo(WindowManager windowManager, std::ostream* stream) {
