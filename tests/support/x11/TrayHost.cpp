@@ -19,11 +19,7 @@ constexpr int kItemOffset = 12;
 
 std::string classPart(const std::string& wmClass) {
     const std::size_t separator = wmClass.find('\0');
-    if (separator == std::string::npos) {
-        return {};
-    }
-    const std::string part = wmClass.substr(separator + 1);
-    return part.substr(0, part.find('\0'));
+    return separator == std::string::npos ? "" : std::string(wmClass.c_str() + separator + 1);
 }
 
 }  // namespace
