@@ -28,6 +28,10 @@ bool followed(GestureKind kind, const Rect& before, const Rect& now) {
 
 }  // namespace
 
+void PrintTo(GestureKind kind, std::ostream* out) {
+    *out << (kind == GestureKind::move ? "move" : "resize");
+}
+
 GestureHands::GestureHands(X11Desktop& desktop) : desktop_(desktop) {}
 
 Rect GestureHands::expectedFrame(GestureKind kind, const Rect& start, Point origin, int x, int y) {

@@ -12,6 +12,7 @@
 namespace gf::test {
 
 enum class GestureKind { move, resize };
+void PrintTo(GestureKind kind, std::ostream* out);  // for parameterized tests' names
 
 // What one whole gesture did, for checks and failure messages.
 struct GestureOutcome {
