@@ -121,16 +121,18 @@ class SoakTest : public GlimmerfoldDesktopTest {
     // Waits until the frame has stopped changing, as it does once the last pointer position has
     // been applied.
     std::optional<Rect> settledFrame(WindowId window) {
+        // Unchanged for 60 ms: on a loaded machine the last motion may take longer than one read.
         std::optional<Rect> last = probe().frameGeometry(window);
+        int unchanged = 0;
         waitUntil(
             [&] {
                 processEventsFor(20ms);
                 const std::optional<Rect> now = probe().frameGeometry(window);
-                const bool same = now == last;
+                unchanged = now == last ? unchanged + 1 : 0;
                 last = now;
-                return same;
+                return unchanged >= 3;
             },
-            1s);
+            2s);
         return last;
     }
 
