@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QFile>
 #include <QPointer>
 #include <QSignalSpy>
 #include <map>
@@ -44,8 +43,7 @@ class AppStateTest : public UiTest {
     }
     ~AppStateTest() override { appState().setTaskbarPresence(nullptr); }
 
-    // AppState reacts to changes only, so tests arrange the settings first.
-    AppState& launch() {
+    AppState& launch() {  // AppState reacts to changes only: arrange the settings first
         appState().setTaskbarPresence(&taskbar);
         appState().setTrayAvailability([this] { return trayAvailable; });
         delegate = std::make_unique<AppDelegate>(appState());
@@ -53,12 +51,11 @@ class AppStateTest : public UiTest {
         return appState();
     }
 
-    // Each attempt that fails leaves the event tap's line in the log.
     int tapFailures() const {
-        QFile log(settingsPath() + ".log");
-        return log.open(QIODevice::ReadOnly)
-                   ? static_cast<int>(log.readAll().count("FAILED to create event tap"))
-                   : 0;
+        return static_cast<int>(fileContents(settingsPath() + ".log").count("FAILED to create"));
+    }
+    bool settingsWindowShown() {
+        return appState().settingsWindow() && appState().settingsWindow()->isVisible();
     }
     bool nothingRequested() {
         return desktop().accessibilityRequests == 0 && desktop().inputMonitoringRequests == 0 &&
@@ -71,8 +68,7 @@ class AppStateTest : public UiTest {
     std::unique_ptr<AppDelegate> delegate;
 };
 
-// The wizard's close button is the way out of a first run that cannot go on (no grants to be had
-// under Wayland); once setup was completed, closing the reopened wizard only closes it.
+// Closing the wizard is the way out of a first run that cannot go on (no grants under Wayland).
 TEST_F(AppStateTest, FirstRunShowsOnlyTheWizardWhoseCloseQuitsOnlyBeforeSetupWasCompleted) {
     settings().setHasCompletedSetup(false);
     AppState& state = launch();
@@ -120,8 +116,7 @@ TEST_F(AppStateTest, EngineSwitchedOffRequestsNothingUntilSwitchedOn) {
     EXPECT_FALSE(desktop().hasEventTap());
     EXPECT_TRUE(state.hasPermission()) << "switching off says nothing about the grants";
 
-    // Auto raise follows its own setting, whatever isEnabled says.
-    settings().setAutoRaiseEnabled(true);
+    settings().setAutoRaiseEnabled(true);  // its own setting, whatever isEnabled says
     EXPECT_EQ(desktop().pointerMonitorCount(), 1u);
     settings().setAutoRaiseEnabled(false);
     EXPECT_EQ(desktop().pointerMonitorCount(), 0u);
@@ -163,8 +158,7 @@ TEST_F(AppStateTest, TapThatCannotBeMadeAsksOnceAndPollsEveryTwoSecondsUntilItCa
     EXPECT_TRUE(changes.back().at(0).toBool());
 
     desktop().advance(10s);
-    // Setup again (after the wizard was reopened) while the tap runs: no second poll.
-    appState().setup();
+    appState().setup();  // again, as after the wizard was reopened, while the tap runs
     EXPECT_FALSE(appState().isPollingPermission());
     EXPECT_EQ(desktop().tapsCreated, 1u) << "the poll stopped with its first success";
     EXPECT_EQ(tapFailures(), 2);
@@ -205,14 +199,11 @@ TEST_F(AppStateTest, MissingTrayOpensTheSettingsWindowAndSaysWhyUnlessItComesSoo
     EXPECT_EQ(state.settingsWindow(), nullptr) << "a panel may still be starting";
     desktop().advance(1ms);
     const std::string output = testing::internal::GetCapturedStdout();
-    ASSERT_NE(state.settingsWindow(), nullptr);
-    EXPECT_TRUE(state.settingsWindow()->isVisible());
+    EXPECT_TRUE(settingsWindowShown());
     EXPECT_NE(output.find("No system tray is available"), std::string::npos) << output;
-    EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 1);
+    EXPECT_EQ(lineCount(output), 1);
 }
 
-// The first run's wizard is a window of its own; Finish records the setup, closes it, starts the
-// engine and, without a tray, leads to Settings as a later launch would.
 TEST_F(AppStateTest, FinishingTheWizardStartsTheEngineAndWithoutATrayOpensTheSettingsWindow) {
     settings().setHasCompletedSetup(false);
     trayAvailable = false;
@@ -233,9 +224,8 @@ TEST_F(AppStateTest, FinishingTheWizardStartsTheEngineAndWithoutATrayOpensTheSet
     processEvents();
     EXPECT_TRUE(window.isNull());
     desktop().advance(AppState::trayWaitLimit);
+    EXPECT_TRUE(settingsWindowShown());
     const std::string output = testing::internal::GetCapturedStdout();
-    ASSERT_NE(state.settingsWindow(), nullptr);
-    EXPECT_TRUE(state.settingsWindow()->isVisible());
     EXPECT_NE(output.find("No system tray is available"), std::string::npos) << output;
 }
 

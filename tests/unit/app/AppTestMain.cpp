@@ -2,8 +2,7 @@
 
 #include <QApplication>
 
-// Windows and menus need a widget application; the offscreen platform lets
-// them exist without a display. Tests that need X start their own server.
+// Windows and menus need a widget application; offscreen, they need no display.
 int main(int argc, char** argv) {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "offscreen");

@@ -8,8 +8,7 @@
 
 namespace gf::test {
 
-// A one-route HTTP server on 127.0.0.1 for feed tests: answers every request
-// with the status and body it was given, then closes the connection.
+// Answers every request on 127.0.0.1 with the status and body it was given, then hangs up.
 class LocalHttpServer {
   public:
     LocalHttpServer() {
@@ -29,8 +28,7 @@ class LocalHttpServer {
         return QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(port_).arg(path));
     }
     int requestCount() const { return requests_; }
-    // Stops listening; later requests find nobody at the port.
-    void shutDown() { server_->close(); }
+    void shutDown() { server_->close(); }  // later requests find nobody at the port
 
   private:
     void answer() {

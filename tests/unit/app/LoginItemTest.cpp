@@ -7,26 +7,18 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include "TestHelpers.h"
+
 namespace gf::test {
 namespace {
 
 class LoginItemTest : public ::testing::Test {
   protected:
-    LoginItemTest() : previous_(qgetenv("XDG_CONFIG_HOME")) {
-        qputenv("XDG_CONFIG_HOME", dir.path().toUtf8());
-    }
-    ~LoginItemTest() override { qputenv("XDG_CONFIG_HOME", previous_); }
-
     QString entryPath() const { return dir.filePath("autostart/glimmerfold.desktop"); }
-    QString entryText() const {
-        QFile file(entryPath());
-        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-    }
+    QString entryText() const { return QString::fromUtf8(fileContents(entryPath())); }
 
     QTemporaryDir dir;
-
-  private:
-    QByteArray previous_;
+    ScopedEnvironment configHome{"XDG_CONFIG_HOME", dir.path().toUtf8()};
 };
 
 TEST_F(LoginItemTest, WritesAnAutostartEntryForThisProgramAndRemovesIt) {
@@ -46,18 +38,15 @@ TEST_F(LoginItemTest, WritesAnAutostartEntryForThisProgramAndRemovesIt) {
     setLaunchAtLogin(false);  // nothing to remove is not a failure
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 
-    // A directory where the entry should be: neither writing nor removing can work, which is
-    // printed on standard output only.
+    // A directory where the entry should be: both failures are printed on standard output only.
     ASSERT_TRUE(QDir().mkpath(entryPath() + "/blocker"));
-    testing::internal::CaptureStdout();
-    setLaunchAtLogin(true);
-    setLaunchAtLogin(false);
-    const std::string output = testing::internal::GetCapturedStdout();
-    const auto enable = output.find("Failed to enable login item: ");
-    const auto disable = output.find("\nFailed to disable login item: ");
-    EXPECT_EQ(enable, 0u) << output;
-    EXPECT_NE(disable, std::string::npos) << output;
-    EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 2) << output;
+    const std::string output = stdoutOf([] {
+        setLaunchAtLogin(true);
+        setLaunchAtLogin(false);
+    });
+    EXPECT_EQ(output.find("Failed to enable login item: "), 0u) << output;
+    EXPECT_NE(output.find("\nFailed to disable login item: "), std::string::npos) << output;
+    EXPECT_EQ(lineCount(output), 2) << output;
 }
 
 }  // namespace

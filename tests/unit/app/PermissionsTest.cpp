@@ -2,13 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <QFile>
 #include <QTemporaryDir>
-#include <algorithm>
 #include <fstream>
-#include <string>
 #include <vector>
 
+#include "TestHelpers.h"
 #include "UrlRecorder.h"
 #include "fake/FakeDesktop.h"
 #include "model/DebugLog.h"
@@ -22,7 +20,6 @@ class PermissionsTest : public ::testing::Test {
     PermissionsTest() { setDebugLogPath(logPath()); }
 
     std::string logPath() const { return dir.filePath("glimmerfold.log").toStdString(); }
-    // The log's messages, without their timestamps.
     std::vector<std::string> logMessages() const {
         std::ifstream in(logPath());
         std::vector<std::string> messages;
@@ -58,13 +55,10 @@ TEST_F(PermissionsTest,
     requestInputMonitoring(grants);
     EXPECT_EQ(grants.whereToGrantShown, 1);
     ASSERT_EQ(opened.urls().size(), 1);
-    // The page the user gets explains the X11-session requirement.
-    QFile page(opened.urls().front().toLocalFile());
-    ASSERT_TRUE(page.open(QIODevice::ReadOnly)) << page.fileName().toStdString();
-    EXPECT_TRUE(page.readAll().contains("Glimmerfold needs an X11 session"));
+    EXPECT_TRUE(fileContents(opened.urls().front().toLocalFile())
+                    .contains("Glimmerfold needs an X11 session"));
 
-    // What is printed names what is missing here: the X11 session, or an extension of this
-    // server.
+    // What is printed names what is missing: the X11 session, or an extension of this server.
     struct Case {
         X11GrantService::InputExtensions extensions;
         const char* session;
@@ -78,16 +72,11 @@ TEST_F(PermissionsTest,
         {{false, false}, "x11", "neither XKEYBOARD nor XInput 2.1", "session"},
     };
     for (const Case& c : cases) {
-        X11GrantService x11(c.extensions, [&c](const char* name) -> std::optional<std::string> {
-            return std::string(name) == "XDG_SESSION_TYPE" ? std::optional<std::string>(c.session)
-                                                           : std::nullopt;
-        });
-        testing::internal::CaptureStderr();
-        requestInputMonitoring(x11);
-        const std::string printed = testing::internal::GetCapturedStderr();
+        X11GrantService x11(c.extensions, sessionOfType(c.session));
+        const std::string printed = stderrOf([&] { requestInputMonitoring(x11); });
         EXPECT_NE(printed.find(c.says), std::string::npos) << printed;
         EXPECT_EQ(printed.find(c.never), std::string::npos) << printed;
-        EXPECT_EQ(std::count(printed.begin(), printed.end(), '\n'), 1) << printed;
+        EXPECT_EQ(lineCount(printed), 1) << printed;
         EXPECT_EQ(x11.whyUnavailable() + "\n", printed);
     }
     X11GrantService complete(true, [](const char*) { return std::optional<std::string>(); });

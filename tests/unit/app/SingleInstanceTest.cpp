@@ -5,8 +5,6 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QLocalSocket>
 #include <QTemporaryDir>
@@ -15,6 +13,7 @@
 #include <future>
 #include <vector>
 
+#include "TestHelpers.h"
 #include "app/InstanceClient.h"
 
 namespace gf::test {
@@ -29,15 +28,10 @@ class SingleInstanceTest : public ::testing::Test {
     // Runs the event loop until the future is ready, so this thread's server can answer.
     template <typename T>
     T resultServedByThisThread(std::future<T>& future) {
-        QElapsedTimer timer;
-        timer.start();
-        while (future.wait_for(0ms) != std::future_status::ready && timer.elapsed() < 10000) {
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-        }
+        processEventsUntil([&] { return future.wait_for(0ms) == std::future_status::ready; });
         return future.get();
     }
 
-    // Records what the running instance was asked to do and answers as if it had done it.
     void recordCommands(SingleInstance& running) {
         running.setCommandHandler([this](InstanceCommand command) {
             carriedOut.push_back(command);
@@ -46,7 +40,6 @@ class SingleInstanceTest : public ::testing::Test {
         });
     }
 
-    // What a client of the command line sends, from another thread as another process would.
     InstanceClient::Outcome sendFromAnotherThread(InstanceCommand command) {
         auto sent = std::async(std::launch::async, [path = socketPath(), command] {
             return InstanceClient(path).send(command);
@@ -54,8 +47,6 @@ class SingleInstanceTest : public ::testing::Test {
         return resultServedByThisThread(sent);
     }
 
-    // Sends `bytes` as they are and returns what came back before the instance closed the
-    // connection.
     QByteArray sendRawFromAnotherThread(const QByteArray& bytes) {
         auto sent = std::async(std::launch::async, [path = socketPath(), bytes] {
             QLocalSocket socket;
@@ -80,7 +71,6 @@ TEST_F(SingleInstanceTest, LaterLaunchStepsAsideAndOnlyWellFormedRequestsAreCarr
     ASSERT_EQ(running.claim(), SingleInstance::Claim::primary);
     recordCommands(running);
 
-    // The second launch is another process in real life; a thread with its own socket here.
     auto second = std::async(std::launch::async, [path = socketPath()] {
         SingleInstance later(path);
         const SingleInstance::Claim claim = later.claim();
@@ -91,7 +81,6 @@ TEST_F(SingleInstanceTest, LaterLaunchStepsAsideAndOnlyWellFormedRequestsAreCarr
     EXPECT_EQ(reply, InstanceReply::settingsShown);
     EXPECT_EQ(carriedOut, std::vector{InstanceCommand::showSettings});
 
-    // Only one well-formed request is carried out.
     // A client that connects and says nothing holds up nobody.
     QLocalSocket silent;
     silent.connectToServer(socketPath());
@@ -117,8 +106,7 @@ TEST_F(SingleInstanceTest, AnotherUsersRequestHasNoEffect) {
     EXPECT_TRUE(carriedOut.empty());
 }
 
-// A socket bound but not listening: what a killed process leaves, and what one that is starting
-// shows for a moment.
+// What a killed process leaves, and what one that is starting shows for a moment.
 void bindWithoutListening(const QString& socketPath) {
     const QByteArray path = socketPath.toUtf8();
     const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
@@ -132,16 +120,14 @@ void bindWithoutListening(const QString& socketPath) {
 
 TEST_F(SingleInstanceTest, ASocketIsTakenOverOnlyWhenNoInstanceHoldsTheLock) {
     bindWithoutListening(socketPath());
-    {
-        // Another instance holds the lock and has yet to listen: this launch steps aside.
+    {  // another instance holds the lock and has yet to listen: this launch steps aside
         FileLock starting(socketPath() + ".lock");
         ASSERT_EQ(starting.state(), FileLock::State::held);
         SingleInstance later(socketPath());
         EXPECT_EQ(later.claim(), SingleInstance::Claim::handedOver);
         EXPECT_TRUE(QFileInfo::exists(socketPath())) << "the starting one's socket stays";
     }
-    // That instance ended without removing its socket: a command finds nobody to carry it out,
-    // and the next launch takes over.
+    // That instance ended without removing its socket: nobody answers, the next launch takes over.
     EXPECT_EQ(InstanceClient(socketPath()).send(InstanceCommand::quit),
               InstanceClient::Outcome::notRunning);
     SingleInstance instance(socketPath());

@@ -2,10 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QSignalSpy>
 #include <csignal>
+
+#include "TestHelpers.h"
 
 namespace gf::test {
 namespace {
@@ -20,11 +20,7 @@ TEST(TerminationSignalsTest, SignalsArriveThroughTheEventLoopAndHandlersAreResto
         ASSERT_EQ(std::raise(SIGTERM), 0);  // would end the test run without the handler
         ASSERT_EQ(std::raise(SIGINT), 0);
         EXPECT_EQ(received.count(), 0) << "nothing runs inside the signal handler";
-        QElapsedTimer timer;
-        timer.start();
-        while (received.count() < 2 && timer.elapsed() < 5000) {
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-        }
+        processEventsUntil([&] { return received.count() >= 2; });
         ASSERT_EQ(received.count(), 2);
         EXPECT_EQ(received.at(0).at(0).toInt(), SIGTERM);
         EXPECT_EQ(received.at(1).at(0).toInt(), SIGINT);

@@ -3,12 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractButton>
-#include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QSignalSpy>
-#include <optional>
 
 #include "LocalHttpServer.h"
+#include "TestHelpers.h"
 #include "UrlRecorder.h"
 
 namespace gf::test {
@@ -34,17 +32,14 @@ QByteArray item(const QByteArray& version, const QByteArray& shortVersion,
 
 class UpdateControllerTest : public ::testing::Test {
   protected:
-    std::optional<UpdateCheckResult> check(UpdateController& controller, bool withDialog = false) {
+    UpdateCheckResult check(UpdateController& controller, bool withDialog = false) {
         QSignalSpy finished(&controller, &UpdateController::checkFinished);
         withDialog ? controller.checkForUpdates() : controller.checkInBackground();
         EXPECT_TRUE(controller.isChecking() || finished.count() == 1) << "never blocks";
-        QElapsedTimer timer;
-        timer.start();
-        while (finished.isEmpty() && timer.elapsed() < 10000) {
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-        }
+        processEventsUntil([&] { return !finished.isEmpty(); });
         if (finished.isEmpty()) {
-            return std::nullopt;
+            ADD_FAILURE() << "the check never finished";
+            return {};
         }
         return finished.front().front().value<UpdateCheckResult>();
     }
@@ -62,24 +57,19 @@ TEST_F(UpdateControllerTest, NewerReleaseInTheFeedIsOfferedWithItsDownloadPage) 
                                  item("0.2.5", "0.2.5")));
     UpdateController controller(server.url(), "0.2.0");
     const auto result = check(controller, true);
-    ASSERT_TRUE(result);
-    ASSERT_EQ(result->kind, UpdateCheckResult::Kind::updateAvailable)
-        << result->error.toStdString();
-    EXPECT_EQ(result->newest.version, "0.3.0");
-    EXPECT_EQ(result->newest.shortVersionString, "0.3 \"Fold\"");
-    EXPECT_EQ(result->newest.releaseNotesUrl, QUrl("https://example.org/notes/0.3"));
+    ASSERT_EQ(result.kind, UpdateCheckResult::Kind::updateAvailable) << result.error.toStdString();
+    EXPECT_EQ(result.newest.version, "0.3.0");
+    EXPECT_EQ(result.newest.shortVersionString, "0.3 \"Fold\"");
+    EXPECT_EQ(result.newest.releaseNotesUrl, QUrl("https://example.org/notes/0.3"));
 
     QMessageBox* dialog = controller.resultDialog();
     ASSERT_NE(dialog, nullptr);
     EXPECT_TRUE(dialog->isVisible());
-    QAbstractButton* download = nullptr;
-    for (QAbstractButton* button : dialog->buttons()) {
-        if (button->text() == "Open Download Page") {
-            download = button;
-        }
-    }
-    ASSERT_NE(download, nullptr);
-    download->click();
+    const auto buttons = dialog->buttons();
+    const auto download =
+        std::ranges::find(buttons, QString("Open Download Page"), &QAbstractButton::text);
+    ASSERT_NE(download, buttons.end());
+    (*download)->click();
     EXPECT_EQ(opened.urls(), QList<QUrl>{QUrl("https://example.org/releases/0.3")});
 }
 
@@ -87,17 +77,15 @@ TEST_F(UpdateControllerTest, SameOrOlderReleaseIsUpToDateAndEnclosureVersionsCou
     server.respond(200, feedWith(item("0.2.0", "0.2.0") + item("0.2.0-rc1", "0.2.0 RC1")));
     UpdateController current(server.url(), "0.2.0");
     const auto upToDate = check(current, true);
-    ASSERT_TRUE(upToDate);
-    EXPECT_EQ(upToDate->kind, UpdateCheckResult::Kind::upToDate) << upToDate->error.toStdString();
+    EXPECT_EQ(upToDate.kind, UpdateCheckResult::Kind::upToDate) << upToDate.error.toStdString();
 
     server.respond(200,
                    feedWith("<item><enclosure url=\"https://example.org/g.deb\" "
                             "sparkle:version=\"1.4\" sparkle:shortVersionString=\"1.4\"/></item>"));
     UpdateController older(server.url(), "1.3.9");
     const auto result = check(older);
-    ASSERT_TRUE(result);
-    EXPECT_EQ(result->kind, UpdateCheckResult::Kind::updateAvailable);
-    EXPECT_EQ(UpdateController::downloadPageOf(result->newest), QUrl("https://example.org/g.deb"));
+    EXPECT_EQ(result.kind, UpdateCheckResult::Kind::updateAvailable);
+    EXPECT_EQ(UpdateController::downloadPageOf(result.newest), QUrl("https://example.org/g.deb"));
 }
 
 TEST_F(UpdateControllerTest, FeedsThatCannotBeUsedFailWithAReason) {
@@ -117,11 +105,10 @@ TEST_F(UpdateControllerTest, FeedsThatCannotBeUsedFailWithAReason) {
         server.respond(c.status, c.body);
         UpdateController controller(server.url(), "0.1.0");
         const auto result = check(controller, true);
-        ASSERT_TRUE(result) << c.what;
-        EXPECT_EQ(result->kind, UpdateCheckResult::Kind::failed) << c.what;
-        EXPECT_FALSE(result->error.isEmpty()) << c.what;
+        EXPECT_EQ(result.kind, UpdateCheckResult::Kind::failed) << c.what;
+        EXPECT_FALSE(result.error.isEmpty()) << c.what;
         ASSERT_NE(controller.resultDialog(), nullptr);
-        EXPECT_EQ(controller.resultDialog()->informativeText(), result->error) << c.what;
+        EXPECT_EQ(controller.resultDialog()->informativeText(), result.error) << c.what;
     }
 
     // A server that is down fails as well, without blocking.
@@ -129,10 +116,9 @@ TEST_F(UpdateControllerTest, FeedsThatCannotBeUsedFailWithAReason) {
     server.shutDown();
     UpdateController controller(url, "0.1.0");
     const auto result = check(controller);
-    ASSERT_TRUE(result);
-    EXPECT_EQ(result->kind, UpdateCheckResult::Kind::failed);
-    EXPECT_TRUE(result->error.startsWith("The update feed could not be loaded"))
-        << result->error.toStdString();
+    EXPECT_EQ(result.kind, UpdateCheckResult::Kind::failed);
+    EXPECT_TRUE(result.error.startsWith("The update feed could not be loaded"))
+        << result.error.toStdString();
 }
 
 TEST_F(UpdateControllerTest,
@@ -149,26 +135,22 @@ TEST_F(UpdateControllerTest,
     // A plain-HTTP feed elsewhere is refused before anything is sent.
     UpdateController controller(QUrl("http://example.org/appcast.xml"), "0.1.0");
     const auto result = check(controller);
-    ASSERT_TRUE(result);
-    EXPECT_EQ(result->kind, UpdateCheckResult::Kind::failed);
+    EXPECT_EQ(result.kind, UpdateCheckResult::Kind::failed);
     EXPECT_EQ(server.requestCount(), 0);
 
-    // The environment may name another feed.
-    const QByteArray previous = qgetenv("GLIMMERFOLD_APPCAST_URL");
-    qunsetenv("GLIMMERFOLD_APPCAST_URL");
-    const QUrl builtIn = UpdateController::defaultFeedUrl();
-    qputenv("GLIMMERFOLD_APPCAST_URL", "http://127.0.0.1:9/feed.xml");
-    const QUrl overridden = UpdateController::defaultFeedUrl();
-    qputenv("GLIMMERFOLD_APPCAST_URL", previous);
-    EXPECT_TRUE(builtIn.isEmpty() || builtIn.scheme() == "https")
-        << builtIn.toString().toStdString();
-    EXPECT_EQ(overridden, QUrl("http://127.0.0.1:9/feed.xml"));
+    {
+        const ScopedEnvironment feed("GLIMMERFOLD_APPCAST_URL", "http://127.0.0.1:9/feed.xml");
+        EXPECT_EQ(UpdateController::defaultFeedUrl(), QUrl("http://127.0.0.1:9/feed.xml"));
+        qunsetenv("GLIMMERFOLD_APPCAST_URL");
+        const QUrl builtIn = UpdateController::defaultFeedUrl();
+        EXPECT_TRUE(builtIn.isEmpty() || builtIn.scheme() == "https")
+            << builtIn.toString().toStdString();
+    }
 
     // A build without a feed of its own is updated by whatever installed it, and says so.
     UpdateController unfed(QUrl(), "0.1.0");
     const auto noFeed = check(unfed, true);
-    ASSERT_TRUE(noFeed);
-    EXPECT_EQ(noFeed->kind, UpdateCheckResult::Kind::noFeed);
+    EXPECT_EQ(noFeed.kind, UpdateCheckResult::Kind::noFeed);
     ASSERT_NE(unfed.resultDialog(), nullptr);
     EXPECT_EQ(unfed.resultDialog()->icon(), QMessageBox::Information);
     EXPECT_TRUE(unfed.resultDialog()->text().contains("from where it was installed"));

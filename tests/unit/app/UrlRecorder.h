@@ -7,8 +7,7 @@
 
 namespace gf::test {
 
-// Catches what the program asks the desktop to open for the given URL
-// schemes, instead of starting a browser, while it exists.
+// Catches what the program asks the desktop to open, instead of starting a browser.
 class UrlRecorder : public QObject {
     Q_OBJECT
 

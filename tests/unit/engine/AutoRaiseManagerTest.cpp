@@ -2,14 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <QTemporaryDir>
-#include <algorithm>
 #include <chrono>
 #include <vector>
 
-#include "fake/FakeDesktop.h"
-#include "model/ModifierKey.h"
-#include "model/Settings.h"
+#include "EngineTest.h"
 
 namespace gf::test {
 namespace {
@@ -22,7 +18,7 @@ constexpr Point kOverA{150, 150};
 constexpr Point kOverB{550, 150};
 constexpr Point kEmptySpot{1200, 800};
 
-class AutoRaiseManagerTest : public ::testing::Test {
+class AutoRaiseManagerTest : public EngineTest {
   protected:
     AutoRaiseManagerTest() {
         settings.setAutoRaiseEnabled(true);
@@ -31,7 +27,15 @@ class AutoRaiseManagerTest : public ::testing::Test {
     }
     ~AutoRaiseManagerTest() override { manager.stop(); }
 
-    // Each raise, in order, as the window number it was applied to.
+    void restAt(Point p, std::chrono::milliseconds d) {
+        desktop.movePointer(p);
+        desktop.advance(d);
+    }
+    void restAt(Point p, std::uint64_t flags, std::chrono::milliseconds d) {
+        desktop.movePointer(p, flags);
+        desktop.advance(d);
+    }
+
     std::vector<std::uint32_t> raised() const {
         std::vector<std::uint32_t> numbers;
         for (const FakeDesktop::Write& w : desktop.writes()) {
@@ -42,14 +46,10 @@ class AutoRaiseManagerTest : public ::testing::Test {
         return numbers;
     }
 
-    QTemporaryDir dir;
-    Settings settings{dir.filePath("glimmerfold.conf")};
-    FakeDesktop desktop;
-    Platform platform = desktop.platform();
-    std::uint32_t windowA = desktop.addWindow(
-        FakeDesktop::Window::at({100, 100, 300, 300}, kPidA).withIdentifier("org.a"));
-    std::uint32_t windowB = desktop.addWindow(
-        FakeDesktop::Window::at({500, 100, 300, 300}, kPidB).withIdentifier("org.b"));
+    std::uint32_t windowA =
+        desktop.addWindow(Window::at({100, 100, 300, 300}, kPidA).withIdentifier("org.a"));
+    std::uint32_t windowB =
+        desktop.addWindow(Window::at({500, 100, 300, 300}, kPidB).withIdentifier("org.b"));
     AutoRaiseManager manager{settings, platform};
 };
 
@@ -71,10 +71,8 @@ TEST_F(AutoRaiseManagerTest, HoldsOneMonitorWhileStartedAndNoneWhenStopped) {
 
 TEST_F(AutoRaiseManagerTest, RaisesOnlyTheWindowThePointerRestsOn) {
     ASSERT_EQ(desktop.stackingOrder().front(), windowB);
-    desktop.movePointer(kOverB);
-    desktop.advance(100ms);
-    desktop.movePointer(kOverA);
-    desktop.advance(249ms);
+    restAt(kOverB, 100ms);
+    restAt(kOverA, 249ms);
     EXPECT_EQ(raised(), Raised{}) << "not before the delay";
     desktop.advance(1ms);
     EXPECT_EQ(raised(), Raised{windowA});
@@ -87,8 +85,7 @@ TEST_F(AutoRaiseManagerTest, RaisesOnlyTheWindowThePointerRestsOn) {
 
     // Wandering about inside the raised window raises nothing more.
     for (double x = 160; x < 300; x += 20) {
-        desktop.movePointer({x, 200});
-        desktop.advance(100ms);
+        restAt({x, 200}, 100ms);
     }
     EXPECT_EQ(raised(), Raised{windowA});
 }
@@ -97,32 +94,25 @@ TEST_F(AutoRaiseManagerTest, RaisesAWindowAgainAfterThePointerWasElsewhereUntilS
     // The ignore list plays no part in raising.
     settings.setIgnoreList({{"org.a", "A"}});
 
-    desktop.movePointer(kOverA);
-    desktop.advance(300ms);
-    desktop.movePointer(kOverB);
-    desktop.advance(300ms);
-    desktop.movePointer(kOverA);
-    desktop.advance(300ms);
+    restAt(kOverA, 300ms);
+    restAt(kOverB, 300ms);
+    restAt(kOverA, 300ms);
     EXPECT_EQ(raised(), (Raised{windowA, windowB, windowA}));
 
     desktop.movePointer(kEmptySpot);
     EXPECT_EQ(manager.lastWindowID(), 0u);
-    desktop.movePointer(kOverA);
-    desktop.advance(300ms);
+    restAt(kOverA, 300ms);
     EXPECT_EQ(raised(), (Raised{windowA, windowB, windowA, windowA}));
 
     // An empty spot reached before the delay cancels the pending raise.
-    desktop.movePointer(kOverB);
-    desktop.advance(100ms);
-    desktop.movePointer(kEmptySpot);
-    desktop.advance(1s);
+    restAt(kOverB, 100ms);
+    restAt(kEmptySpot, 1s);
     EXPECT_EQ(raised().size(), 4u);
 
     // Switched off, a pending raise still happens but nothing new is followed.
     desktop.movePointer(kOverB);
     settings.setAutoRaiseEnabled(false);
-    desktop.movePointer(kOverA);
-    desktop.advance(1s);
+    restAt(kOverA, 1s);
     EXPECT_EQ(raised(), (Raised{windowA, windowB, windowA, windowA, windowB}));
     EXPECT_EQ(manager.lastWindowID(), windowB);
 }
@@ -130,29 +120,23 @@ TEST_F(AutoRaiseManagerTest, RaisesAWindowAgainAfterThePointerWasElsewhereUntilS
 TEST_F(AutoRaiseManagerTest, AKeyConditionCancelsWithoutForgettingTheTarget) {
     settings.setAutoRaiseModifiers({ModifierKey::control()});
 
-    desktop.movePointer(kOverA, 0);
-    desktop.advance(1s);
+    restAt(kOverA, 0, 1s);
     EXPECT_EQ(raised(), Raised{});
     EXPECT_EQ(manager.lastWindowID(), 0u);
 
-    desktop.movePointer(kOverA, ModifierFlag::control);
-    desktop.advance(100ms);
-    desktop.movePointer({160, 160}, 0);  // control let go: the pending raise goes
-    desktop.advance(1s);
+    restAt(kOverA, ModifierFlag::control, 100ms);
+    restAt({160, 160}, 0, 1s);  // control let go: the pending raise goes
     EXPECT_EQ(raised(), Raised{});
     EXPECT_EQ(manager.lastWindowID(), windowA);
 
     // Still the last target, so pressing control again over it raises nothing.
-    desktop.movePointer({170, 170}, ModifierFlag::control);
-    desktop.advance(1s);
+    restAt({170, 170}, ModifierFlag::control, 1s);
     EXPECT_EQ(raised(), Raised{});
 
     // Extra keys do not spoil the condition.
     const std::uint64_t controlShift = ModifierFlag::control | ModifierFlag::shift;
-    desktop.movePointer(kOverB, controlShift);
-    desktop.advance(300ms);
-    desktop.movePointer(kOverA, controlShift);
-    desktop.advance(300ms);
+    restAt(kOverB, controlShift, 300ms);
+    restAt(kOverA, controlShift, 300ms);
     EXPECT_EQ(raised(), (Raised{windowB, windowA}));
 }
 
@@ -165,8 +149,7 @@ TEST_F(AutoRaiseManagerTest, UsesTheSettingsReadWhenTheTargetWasChosen) {
     EXPECT_EQ(raised(), Raised{windowB});
     EXPECT_EQ(desktop.activatedPids, std::vector<std::int32_t>{kPidB});
 
-    desktop.movePointer(kOverA);
-    desktop.advance(4999ms);
+    restAt(kOverA, 4999ms);
     EXPECT_EQ(raised(), Raised{windowB});
     desktop.advance(1ms);
     EXPECT_EQ(raised(), (Raised{windowB, windowA}));

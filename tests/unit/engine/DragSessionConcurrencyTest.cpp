@@ -1,9 +1,4 @@
-// Begins and ends gestures from the main thread while the session's ticks run
-// on a real background queue, then checks that every write went to the
-// gesture's own window with that gesture's own geometry, and that each
-// gesture's clean-up came after its last write. Runs with positions handed to
-// the session and with ticks that read the pointer themselves. Built and run
-// under ThreadSanitizer as well.
+// Gestures begun and ended on the main thread while ticks run on a real queue; also under TSan.
 #include <gtest/gtest.h>
 
 #include <QTemporaryDir>
@@ -35,8 +30,7 @@ struct Target {
     bool resize = false;
 };
 
-// Each gesture's window starts alone in its own band of x, so a write that
-// mixed two gestures' state lands a whole band away from where it should be.
+// Each window starts in its own band of x: a write mixing two gestures lands a band away.
 bool isNearStart(const FakeDesktop::Write& w, const Target& t) {
     if (w.kind == Kind::position) {
         return std::abs(w.point.x - t.start.x) <= maxStep &&
@@ -71,10 +65,7 @@ TEST_P(DragSessionConcurrencyTest, TicksNeverMixGesturesAndCleanUpsComeLast) {
         DragSession session(settings, desktop.platform(realQueues));
         session.noteModifiers(ModifierFlag::control | ModifierFlag::command);
         for (int i = 0; i < gestureCount; ++i) {
-            Target t;
-            t.pid = 10'000 + i;
-            t.start = {spacing * (i + 2), 100};
-            t.resize = i % 3 == 0;
+            Target t{0, 10'000 + i, {spacing * (i + 2), 100}, i % 3 == 0};
             t.window =
                 desktop.addWindow(FakeDesktop::Window::at({t.start.x, t.start.y, 400, 300}, t.pid));
             desktop.setAttribute(t.pid, DragSession::enhancedUserInterfaceAttribute, true);
@@ -84,16 +75,14 @@ TEST_P(DragSessionConcurrencyTest, TicksNeverMixGesturesAndCleanUpsComeLast) {
 
             auto handle = findWindowHandle(desktop.platform().windowControl, t.pid, t.window);
             const Point mouse{t.start.x + 100 + i % 2 * 250, t.start.y + 100};
-            // The pointer is where the gesture begins; a tick still reading the
-            // previous gesture's pointer would land a whole band away.
+            // A tick still reading the previous gesture's pointer would land a band away.
             desktop.movePointer(mouse);
             if (t.resize) {
                 session.beginResize(handle, t.pid, mouse);
             } else {
                 session.beginMove(handle, t.pid, mouse);
             }
-            // Mostly short gestures, which race the first tick; sometimes long
-            // enough for the repeating ticks.
+            // Mostly short gestures, which race the first tick; now and then repeating ticks.
             const auto hold = std::chrono::microseconds(i % 32 == 0 ? 20'000 : holdMicros(random));
             const auto until = Clock::now() + hold;
             do {

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <limits>
 #include <utility>
 
@@ -58,10 +57,9 @@ TEST_F(DragSessionTest, SettingsAreCopiedWhenTheGestureBegins) {
     desktop.clearWrites();
     startMove({200, 200});
     settings.setBringToFrontOnManipulate(true);
-    pointerTo({203, 200});  // held on its own starting edge at x = 97
-    EXPECT_EQ(desktop.frameOf(window).origin(), (Point{97, 103}));
-    pointerTo({303, 200});
-    EXPECT_EQ(desktop.frameOf(window).origin(), (Point{200, 103}));
+    EXPECT_EQ(originAfter({203, 200}),
+              (Point{97, 103}));  // held on its own starting edge at x = 97
+    EXPECT_EQ(originAfter({303, 200}), (Point{200, 103}));
     EXPECT_EQ(kindsOf(desktop.writes()), (std::vector<Kind>{Kind::position, Kind::position}));
     session.end();
 }
@@ -72,14 +70,13 @@ TEST_F(DragSessionTest, MoveSnapsOnlyToLinesPresentWhenItBegan) {
     desktop.addWindow(Window::at({0, 0, 250, 250}, 50));  // appears mid-move
     pointerTo({106, 140});                                // left side at 6, top at 40
     EXPECT_EQ(desktop.frameOf(window).origin(), (Point{0, 40}));
-    pointerTo({102, 126});  // top at 26: the usable area's top line at 25
-    EXPECT_EQ(desktop.frameOf(window).origin(), (Point{0, 25}));
-    pointerTo({1135, 700});  // right side at 1435, bottom at 900
-    EXPECT_EQ(desktop.frameOf(window).origin(), (Point{1040, 600}));
-    pointerTo({995, 200});  // left side 5 from the other window's left edge
-    EXPECT_EQ(desktop.frameOf(window).origin(), (Point{900, 100}));
-    pointerTo({345, 400});  // 5 from the new window's right edge, which is no line
-    EXPECT_EQ(desktop.frameOf(window).origin(), (Point{245, 300}));
+    EXPECT_EQ(originAfter({102, 126}),
+              (Point{0, 25}));  // top at 26: the usable area's top line at 25
+    EXPECT_EQ(originAfter({1135, 700}), (Point{1040, 600}));  // right side at 1435, bottom at 900
+    EXPECT_EQ(originAfter({995, 200}),
+              (Point{900, 100}));  // left side 5 from the other window's left edge
+    EXPECT_EQ(originAfter({345, 400}),
+              (Point{245, 300}));  // 5 from the new window's right edge, which is no line
     session.end();
 }
 
@@ -105,14 +102,12 @@ TEST_F(DragSessionTest, EnhancedInterfaceIsSwitchedOffForTheGestureAndRestoredBe
 
     // Off already, or missing: never touched. Nor by a gesture that never moved.
     desktop.clearWrites();
-    desktop.setAttribute(pid, enhancedUI, false);
-    startMove({200, 200});
-    pointerTo({210, 200});
-    session.end();
-    desktop.setAttribute(pid, enhancedUI, std::nullopt);
-    startMove({200, 200});
-    pointerTo({210, 200});
-    session.end();
+    for (std::optional<bool> value : {std::optional(false), std::optional<bool>()}) {
+        desktop.setAttribute(pid, enhancedUI, value);
+        startMove({200, 200});
+        pointerTo({210, 200});
+        session.end();
+    }
     desktop.setAttribute(pid, enhancedUI, true);
     startMove({200, 200});
     session.end();
@@ -144,8 +139,7 @@ TEST_F(DragSessionTest, DeclinesFullscreenWindowsAndWithoutAPositionGoesOnWithou
     EXPECT_FALSE(session.isResizing());
     startMove({200, 200});
     EXPECT_TRUE(session.isDragging());
-    pointerTo({210, 210});
-    EXPECT_EQ(desktop.frameOf(window).origin(), (Point{110, 110}));
+    EXPECT_EQ(originAfter({210, 210}), (Point{110, 110}));
     session.end();
     desktop.runPendingQueueWork();
     EXPECT_EQ(desktop.scheduledCount(), 0u);
@@ -207,8 +201,7 @@ TEST_F(DragSessionTest, SampledTicksFollowThePointerOnTheirOwnAndSkipWhenItCanno
     desktop.advance(8ms);
     EXPECT_EQ(desktop.frameOf(window).origin(), (Point{200, 200}));
 
-    // The keys changed (let go and pressed again for a resize, say) and the pointer moved on
-    // before the main thread saw the change: the position waits for what the change decides.
+    // Keys changed before the main thread saw it: the position waits for what the change decides.
     desktop.holdModifiersSilently(ModifierFlag::control | ModifierFlag::option);
     desktop.movePointer({500, 500});
     desktop.advance(40ms);
@@ -255,8 +248,7 @@ TEST_F(DragSessionTest, APointerSampledAcrossTheEndOfAGestureIsAppliedToNeither)
     startMove({200, 200});
     const std::int32_t otherPid = 99;
     bool swapped = false;
-    // While the tick waits for the pointer, the keys are let go and pressed again over the
-    // other window.
+    // While the tick waits for the pointer, the keys are pressed again over the other window.
     desktop.whilePointerIsSampled = [&] {
         if (std::exchange(swapped, true)) {
             return;

@@ -2,14 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <QFile>
-#include <QTemporaryDir>
-#include <string>
-
-#include "fake/FakeDesktop.h"
+#include "EngineTest.h"
+#include "TestHelpers.h"
 #include "model/DebugLog.h"
-#include "model/ModifierKey.h"
-#include "model/Settings.h"
 
 namespace gf::test {
 namespace {
@@ -22,19 +17,21 @@ constexpr Rect kFrame{100, 100, 400, 300};
 
 enum class Gesture { none, move, resize };
 
-class EventTapManagerTest : public ::testing::Test {
+class EventTapManagerTest : public EngineTest {
   protected:
     EventTapManagerTest() {
-        setDebugLogPath(logPath());
-        // Snapping would blur where the pointer put the window; routing is what is tested here.
-        settings.setMagneticsEnabled(false);
+        setDebugLogPath(dir.filePath("glimmerfold.log").toStdString());
+        settings.setMagneticsEnabled(false);  // snapping would blur where the pointer put it
     }
     ~EventTapManagerTest() override { manager.stop(); }
 
-    std::string logPath() const { return dir.filePath("glimmerfold.log").toStdString(); }
+    void restAt(Point p, std::chrono::milliseconds d) {
+        desktop.movePointer(p);
+        desktop.advance(d);
+    }
+
     int logCount(const char* line) const {
-        QFile log(dir.filePath("glimmerfold.log"));
-        return log.open(QIODevice::ReadOnly) ? static_cast<int>(log.readAll().count(line)) : 0;
+        return static_cast<int>(fileContents(dir.filePath("glimmerfold.log")).count(line));
     }
 
     Gesture gesture() const {
@@ -44,13 +41,9 @@ class EventTapManagerTest : public ::testing::Test {
         return manager.dragSession().isResizing() ? Gesture::resize : Gesture::none;
     }
 
-    QTemporaryDir dir;
-    Settings settings{dir.filePath("glimmerfold.conf")};
-    FakeDesktop desktop;
-    Platform platform = desktop.platform();
     EventTapManager manager{settings, platform};
     std::uint32_t window =
-        desktop.addWindow(FakeDesktop::Window::at(kFrame).withIdentifier("org.example.Editor"));
+        desktop.addWindow(Window::at(kFrame).withIdentifier("org.example.Editor"));
 };
 
 TEST_F(EventTapManagerTest, StartsOnceStopsHarmlesslyAndRetriesAfterAFailure) {
@@ -136,6 +129,7 @@ TEST_P(EventTapDecisionTest, BeginsTheGestureTheHeldKeysName) {
 
 const ModifierKeySet kMoveSet{ModifierKey::control(), ModifierKey::command()};
 const ModifierKeySet kResizeSet{ModifierKey::control(), ModifierKey::option()};
+const ModifierKeySet kFnShiftSet{ModifierKey::fn(), ModifierKey::shift()};
 
 INSTANTIATE_TEST_SUITE_P(
     Table, EventTapDecisionTest,
@@ -150,10 +144,7 @@ INSTANTIATE_TEST_SUITE_P(
         FlagsCase{"EmptyMoveSetNeverHeld", {}, kResizeSet, ModifierFlag::control, Gesture::none},
         FlagsCase{"EmptyMoveSetResizeStillWorks", {}, kResizeSet, kResize, Gesture::resize},
         FlagsCase{"BothSetsEmpty", {}, {}, kMove | kResize, Gesture::none},
-        FlagsCase{"FnCombination",
-                  {ModifierKey::fn(), ModifierKey::shift()},
-                  kResizeSet,
-                  ModifierFlag::fn | ModifierFlag::shift,
+        FlagsCase{"FnCombination", kFnShiftSet, kResizeSet, ModifierFlag::fn | ModifierFlag::shift,
                   Gesture::move}),
     [](const ::testing::TestParamInfo<FlagsCase>& info) { return std::string(info.param.name); });
 
@@ -177,11 +168,9 @@ TEST_F(EventTapManagerTest, AGestureKeepsItsKindWhileEitherCombinationIsHeld) {
 }
 
 TEST_F(EventTapManagerTest, LeavesTheDesktopOwnWindowsAndIgnoredApplicationsAlone) {
-    desktop.addWindow(FakeDesktop::Window::at({600, 100, 200, 200}, FakeDesktop::ownPid));
-    desktop.addWindow(
-        FakeDesktop::Window::at({900, 100, 200, 200}, 2000).withIdentifier("org.example.Ignored"));
-    const std::uint32_t anonymous =
-        desktop.addWindow(FakeDesktop::Window::at({100, 500, 200, 200}, 3000));
+    desktop.addWindow(Window::at({600, 100, 200, 200}, FakeDesktop::ownPid));
+    desktop.addWindow(Window::at({900, 100, 200, 200}, 2000).withIdentifier("org.example.Ignored"));
+    const std::uint32_t anonymous = desktop.addWindow(Window::at({100, 500, 200, 200}, 3000));
     settings.setIgnoreList({{"org.example.Ignored", "Ignored"}});
     manager.start();
 
@@ -203,14 +192,13 @@ TEST_F(EventTapManagerTest, LeavesTheDesktopOwnWindowsAndIgnoredApplicationsAlon
     // A window whose application has no identifier is never ignored.
     desktop.pressModifiers(kMove);
     EXPECT_EQ(gesture(), Gesture::move);
-    desktop.movePointer({160, 560});
-    desktop.advance(20ms);
+    restAt({160, 560}, 20ms);
     EXPECT_EQ(desktop.frameOf(anonymous).origin(), (Point{110, 510}));
 }
 
 TEST_F(EventTapManagerTest, EscapePutsTheWindowBackAndIsCapturedOnlyWhileAGestureCanUseIt) {
     const std::uint32_t video =
-        desktop.addWindow(FakeDesktop::Window::at({700, 100, 400, 300}, 3000).withFullscreen());
+        desktop.addWindow(Window::at({700, 100, 400, 300}, 3000).withFullscreen());
     manager.start();
     desktop.movePointer({200, 200});
     EXPECT_FALSE(desktop.isCancelKeyCaptured());
@@ -218,8 +206,7 @@ TEST_F(EventTapManagerTest, EscapePutsTheWindowBackAndIsCapturedOnlyWhileAGestur
     EXPECT_EQ(desktop.cancelKeysSeenByApplications, 1) << "no gesture: Escape is the user's";
 
     desktop.pressModifiers(kMove);
-    desktop.movePointer({260, 240});
-    desktop.advance(20ms);
+    restAt({260, 240}, 20ms);
     ASSERT_EQ(desktop.frameOf(window), (Rect{160, 140, 400, 300}));
     desktop.pressCancelKey();
     EXPECT_EQ(desktop.cancelKeysSeenByApplications, 1);
@@ -229,8 +216,7 @@ TEST_F(EventTapManagerTest, EscapePutsTheWindowBackAndIsCapturedOnlyWhileAGestur
 
     // Still held, with an extra key even: nothing follows the pointer, nothing starts.
     desktop.pressModifiers(kMove | ModifierFlag::shift);
-    desktop.movePointer({300, 320});
-    desktop.advance(1s);
+    restAt({300, 320}, 1s);
     EXPECT_EQ(gesture(), Gesture::none);
     EXPECT_EQ(desktop.frameOf(window), kFrame);
     EXPECT_FALSE(desktop.isCancelKeyCaptured());
@@ -239,8 +225,7 @@ TEST_F(EventTapManagerTest, EscapePutsTheWindowBackAndIsCapturedOnlyWhileAGestur
     desktop.pressModifiers(0);
     desktop.pressModifiers(kResize);
     ASSERT_EQ(gesture(), Gesture::resize);
-    desktop.movePointer({350, 370});
-    desktop.advance(20ms);
+    restAt({350, 370}, 20ms);
     EXPECT_EQ(desktop.frameOf(window), (Rect{100, 100, 450, 350}));
     desktop.pressCancelKey();
     desktop.runPendingQueueWork();
@@ -269,12 +254,10 @@ TEST_F(EventTapManagerTest, EscapePutsTheWindowBackAndIsCapturedOnlyWhileAGestur
     manager.start();
     EXPECT_FALSE(desktop.isCancelKeyCaptured()) << "stopped";
 
-    // The window closed under the gesture: nothing is left to put back. The watch leaves a
-    // gesture whose keys are still held alone.
+    // The window closed under the gesture: nothing to put back; held keys keep the gesture.
     begin();
     desktop.removeWindow(window);
-    desktop.movePointer({220, 220});
-    desktop.advance(150ms);
+    restAt({220, 220}, 150ms);
     EXPECT_EQ(gesture(), Gesture::move);
     EXPECT_FALSE(desktop.isCancelKeyCaptured()) << "window gone";
     desktop.pressModifiers(0);
@@ -283,13 +266,11 @@ TEST_F(EventTapManagerTest, EscapePutsTheWindowBackAndIsCapturedOnlyWhileAGestur
     desktop.pressModifiers(kMove);
     EXPECT_EQ(gesture(), Gesture::none) << "fullscreen";
     EXPECT_FALSE(desktop.isCancelKeyCaptured());
-    desktop.movePointer({900, 300});
-    desktop.advance(100ms);
+    restAt({900, 300}, 100ms);
     EXPECT_EQ(desktop.frameOf(video), (Rect{700, 100, 400, 300}));
 }
 
-// The same gestures whether the pointer reaches the session through motion events or the
-// session's ticks read it themselves; only the latter leave motion unselected.
+// Pointer handed over by motion events, or sampled by the ticks (which leave motion unselected).
 class EventTapPointerSourceTest : public EventTapManagerTest,
                                   public ::testing::WithParamInterface<bool> {
   protected:
@@ -305,8 +286,7 @@ TEST_P(EventTapPointerSourceTest, MovesWithThePointerUntilTheKeysAreReleasedOrIt
 
     desktop.pressModifiers(kMove);
     EXPECT_EQ(desktop.isPointerMotionWanted(), !sampled);
-    desktop.movePointer({230, 210});
-    desktop.advance(20ms);
+    restAt({230, 210}, 20ms);
     desktop.dragPointer({250, 230});  // a held button changes nothing
     desktop.advance(20ms);
     EXPECT_EQ(desktop.frameOf(window), (Rect{150, 130, 400, 300}));
@@ -315,14 +295,12 @@ TEST_P(EventTapPointerSourceTest, MovesWithThePointerUntilTheKeysAreReleasedOrIt
     desktop.pressModifiers(0);
     EXPECT_EQ(gesture(), Gesture::none);
     EXPECT_FALSE(desktop.isPointerMotionWanted());
-    desktop.movePointer({400, 400});
-    desktop.advance(1s);
+    restAt({400, 400}, 1s);
     EXPECT_EQ(desktop.frameOf(window), (Rect{150, 130, 400, 300}));
 
     // Switched off mid-gesture: the window freezes and the watch still ends the gesture.
     desktop.pressModifiers(kMove);
-    desktop.movePointer({430, 410});
-    desktop.advance(20ms);
+    restAt({430, 410}, 20ms);
     settings.setIsEnabled(false);
     desktop.movePointer({480, 430});
     desktop.pressModifiers(0);  // no longer examined
@@ -330,11 +308,9 @@ TEST_P(EventTapPointerSourceTest, MovesWithThePointerUntilTheKeysAreReleasedOrIt
     desktop.advance(150ms);
     EXPECT_EQ(gesture(), Gesture::none);
     EXPECT_EQ(desktop.frameOf(window), (Rect{180, 140, 400, 300}));
-    // Switched on again, the next gesture follows the pointer again.
     settings.setIsEnabled(true);
     desktop.pressModifiers(kMove);
-    desktop.movePointer({500, 440});
-    desktop.advance(20ms);
+    restAt({500, 440}, 20ms);
     EXPECT_EQ(desktop.frameOf(window), (Rect{200, 150, 400, 300}));
 }
 

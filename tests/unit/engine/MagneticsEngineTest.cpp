@@ -1,24 +1,11 @@
-#include <gtest/gtest.h>
-
-#include <QTemporaryDir>
-
+#include "EngineTest.h"
 #include "engine/MagneticsEngine.h"
-#include "fake/FakeDesktop.h"
-#include "model/Settings.h"
 
 namespace gf::test {
 namespace {
 
 using Lines = std::vector<double>;
-using Window = FakeDesktop::Window;
-
-class MagneticsEngineTest : public ::testing::Test {
-  protected:
-    QTemporaryDir dir;
-    Settings settings{dir.filePath("settings.conf")};
-    FakeDesktop desktop;
-    Platform platform = desktop.platform();
-};
+using MagneticsEngineTest = EngineTest;
 
 TEST_F(MagneticsEngineTest, LinesComeDisplaysFirstThenUsableAreasThenOtherWindows) {
     desktop.addWindow(Window::at({100, 100, 400, 300}, 1));
@@ -30,8 +17,7 @@ TEST_F(MagneticsEngineTest, LinesComeDisplaysFirstThenUsableAreasThenOtherWindow
     desktop.addWindow(Window::at({600, 50, 100, 50}, 6));
 
     const SnapEdges all = MagneticsEngine::collectEdges(settings, platform);
-    // One 1440 x 900 display whose top 25 points are a panel; then the two
-    // ordinary windows of other processes, front to back.
+    // The 1440 x 900 display, its area below a 25-point panel, other processes' windows in front.
     EXPECT_EQ(all.verticalEdges, (Lines{0, 1440, 0, 1440, 600, 700, 100, 500}));
     EXPECT_EQ(all.horizontalEdges, (Lines{0, 900, 25, 900, 50, 100, 100, 400}));
     EXPECT_EQ(all.threshold, 10);

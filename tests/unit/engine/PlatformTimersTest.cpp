@@ -1,19 +1,16 @@
-// The real timers behind the engine: the threaded serial queue that runs the
-// drag session, and the Qt main-thread timers. They run on real time, so the
-// tests wait on what they expect (bounded), never for a fixed time.
+// Real timers on real time: the tests wait on what they expect (bounded), never for a fixed time.
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
-#include <QElapsedTimer>
 #include <atomic>
 #include <future>
 #include <mutex>
 #include <vector>
 
+#include "TestHelpers.h"
 #include "platform/QtMainThreadScheduler.h"
 #include "platform/ThreadSerialQueueFactory.h"
 
-namespace gf {
+namespace gf::test {
 namespace {
 
 using namespace std::chrono_literals;
@@ -109,11 +106,7 @@ TEST(QtMainThreadSchedulerTest, OneShotFiresOnceAndRepeatingTimerMayCancelItself
             repeating.reset();  // destroyed from its own handler
         }
     });
-    QElapsedTimer clock;
-    clock.start();
-    while ((repeating || once->isActive()) && clock.elapsed() < 5000) {
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
-    }
+    processEventsUntil([&] { return !repeating && !once->isActive(); });
     EXPECT_EQ(onceFired, 1);
     EXPECT_FALSE(once->isActive());
     EXPECT_EQ(repeats, 3);
@@ -121,4 +114,4 @@ TEST(QtMainThreadSchedulerTest, OneShotFiresOnceAndRepeatingTimerMayCancelItself
 }
 
 }  // namespace
-}  // namespace gf
+}  // namespace gf::test

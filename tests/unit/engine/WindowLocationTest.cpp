@@ -1,19 +1,11 @@
 #include "engine/WindowLocation.h"
 
-#include <gtest/gtest.h>
-
-#include "fake/FakeDesktop.h"
+#include "EngineTest.h"
 
 namespace gf::test {
 namespace {
 
-using Window = FakeDesktop::Window;
-
-class WindowLocationTest : public ::testing::Test {
-  protected:
-    FakeDesktop desktop;
-    Platform platform = desktop.platform();
-};
+using WindowLocationTest = EngineTest;
 
 TEST_F(WindowLocationTest, BothMethodsFindTheOrdinaryWindowUnderThePointAndItsOwnIdentifier) {
     const auto behind = desktop.addWindow(Window::at({0, 0, 800, 600}, 7).withIdentifier("org.b"));
@@ -32,8 +24,7 @@ TEST_F(WindowLocationTest, BothMethodsFindTheOrdinaryWindowUnderThePointAndItsOw
         EXPECT_EQ(locate(platform, {150, 400})->windowID, behind);
     }
 
-    // One process showing two applications' windows, as an office suite or every window
-    // forwarded over one ssh connection does: the identifier is the located window's.
+    // One process showing several applications' windows (an office suite, ssh -X).
     desktop.addWindow(Window::at({0, 0, 400, 300}, 17).withIdentifier("Writer"));
     desktop.addWindow(Window::at({500, 0, 400, 300}, 17).withIdentifier("Calc"));
     desktop.addWindow(Window::at({0, 400, 400, 300}, 17));

@@ -75,8 +75,7 @@ TEST_F(DebugLogTest, WritesThroughNoLinkAndIntoNothingButARegularFileOfItsOwn) {
     debugLog("into a folder");
     EXPECT_TRUE(fs::is_empty(log));
     fs::remove(log);
-    // A pipe without a reader would block a plain open for writing; one with a reader must not
-    // receive the line either.
+    // Without a reader a plain open would block; with one, the line must not go down the pipe.
     ASSERT_EQ(::mkfifo(log.c_str(), 0600), 0);
     debugLog("into a pipe");
     const int reader = ::open(log.c_str(), O_RDONLY | O_NONBLOCK);

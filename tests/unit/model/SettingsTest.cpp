@@ -1,13 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
-#include <QFile>
 #include <QMetaProperty>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <cmath>
 #include <limits>
 
+#include "TestHelpers.h"
 #include "model/Settings.h"
 
 namespace gf::test {
@@ -30,14 +30,9 @@ class SettingsTest : public ::testing::Test {
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         file.write(contents);
     }
-    static QByteArray readFile(const QString& filePath) {
-        QFile file(filePath);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-    QByteArray fileText() const { return readFile(path()); }
+    QByteArray fileText() const { return fileContents(path()); }
 
-    // QSettings caches the files it has seen in this process; a copy under a fresh name is read
-    // from disk, as a later run of the program would read it.
+    // QSettings caches the files this process has seen; a fresh copy is read as a later run would.
     std::unique_ptr<Settings> reopenFromDisk() {
         const QString copy = dir_.filePath(QStringLiteral("copy%1.conf").arg(++copies_));
         EXPECT_TRUE(QFile::copy(path(), copy));
@@ -53,7 +48,6 @@ QByteArray dataLine(const char* key, QByteArray json) {
     return QByteArray(key) + "=\"@ByteArray(" + json.replace("\"", "\\\"") + ")\"\n";
 }
 
-// A value unlike `current`, for any preference type.
 QVariant differentValue(const QVariant& current) {
     if (current.typeId() == QMetaType::Bool) {
         return !current.toBool();
@@ -101,11 +95,10 @@ TEST_F(SettingsTest, ReadsBooleansAndNumbersButNotOtherText) {
         "autoRaiseDelay = 1\n"                    // integer reads as 1.0
         "snapThreshold=abc\n";                    // text: default 10
     writeFile(contents);
-    testing::internal::CaptureStderr();
-    Settings settings(path());
-    // What cannot be read is named, in one line.
-    const std::string report = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(std::count(report.begin(), report.end(), '\n'), 1) << report;
+    std::unique_ptr<Settings> read;
+    const std::string report = stderrOf([&] { read = std::make_unique<Settings>(path()); });
+    const Settings& settings = *read;
+    EXPECT_EQ(lineCount(report), 1) << report;  // what cannot be read is named, in one line
     EXPECT_NE(report.find("the values of isEnabled, autoRaiseAllWindows, magneticsEnabled, "
                           "snapThreshold, showMenuBarIcon)"),
               std::string::npos)
@@ -122,17 +115,14 @@ TEST_F(SettingsTest, ReadsBooleansAndNumbersButNotOtherText) {
     EXPECT_EQ(fileText(), contents);  // reading never rewrites the file
 
     writeFile("[General]\nautoRaiseDelay=abc\nsnapThreshold=true\nhasCompletedSetup=1.0\n");
-    testing::internal::CaptureStderr();
-    const auto other = reopenFromDisk();
-    testing::internal::GetCapturedStderr();
+    std::unique_ptr<Settings> other;
+    stderrOf([&] { other = reopenFromDisk(); });
     EXPECT_EQ(other->autoRaiseDelay(), 0.25);
     EXPECT_EQ(other->snapThreshold(), 1.0);
     EXPECT_TRUE(other->hasCompletedSetup());
 
     writeFile("[General]\nisEnabled=false\n");
-    testing::internal::CaptureStderr();
-    reopenFromDisk();
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "nothing to say about a sound file";
+    EXPECT_EQ(stderrOf([&] { reopenFromDisk(); }), "") << "nothing to say about a sound file";
 }
 
 TEST_F(SettingsTest, UnreadableSetsAndListsFallBackAloneAndAnEmptySetStaysEmpty) {
@@ -142,22 +132,20 @@ TEST_F(SettingsTest, UnreadableSetsAndListsFallBackAloneAndAnEmptySetStaysEmpty)
               R"(autoRaiseModifiers="{\"keys\":[{\"name\":\"shift\"}]}")"
               "\n" +
               dataLine("ignoreList", R"([{"bundleIdentifier":"a"}])"));
-    testing::internal::CaptureStderr();
-    Settings settings(path());
-    testing::internal::GetCapturedStderr();
-    EXPECT_EQ(settings.moveModifiers(), (ModifierKeySet{control, command}));
-    EXPECT_EQ(settings.resizeModifiers(), ModifierKeySet{shift});
-    EXPECT_EQ(settings.autoRaiseModifiers(), ModifierKeySet{});  // plain text counts as missing
-    EXPECT_TRUE(settings.ignoreList().empty());
+    std::unique_ptr<Settings> settings;
+    stderrOf([&] { settings = std::make_unique<Settings>(path()); });
+    EXPECT_EQ(settings->moveModifiers(), (ModifierKeySet{control, command}));
+    EXPECT_EQ(settings->resizeModifiers(), ModifierKeySet{shift});
+    EXPECT_EQ(settings->autoRaiseModifiers(), ModifierKeySet{});  // plain text counts as missing
+    EXPECT_TRUE(settings->ignoreList().empty());
 
     writeFile("[General]\n" + dataLine("moveModifiers", R"({"keys":[]})") +
               dataLine("resizeModifiers", R"({"keys":[{"name":3}]})") +
               dataLine("autoRaiseModifiers", R"({"keys":[{"name":"shift"}]})") +
               R"(ignoreList="[{\"bundleIdentifier\":\"a\",\"appName\":\"A\"}]")"
               "\n");
-    testing::internal::CaptureStderr();
-    const auto other = reopenFromDisk();
-    testing::internal::GetCapturedStderr();
+    std::unique_ptr<Settings> other;
+    stderrOf([&] { other = reopenFromDisk(); });
     EXPECT_EQ(other->moveModifiers(), ModifierKeySet{});
     EXPECT_EQ(other->resizeModifiers(), (ModifierKeySet{control, option}));
     EXPECT_EQ(other->autoRaiseModifiers(), ModifierKeySet{shift});
@@ -226,10 +214,10 @@ class MalformedSettingsFileTest : public SettingsTest,
 TEST_P(MalformedSettingsFileTest, IsReportedReadAsFarAsItParsesAndSetAsideOnTheFirstWrite) {
     const QByteArray broken = GetParam().contents;
     writeFile(broken);
-    testing::internal::CaptureStderr();
-    Settings settings(path());
-    const std::string report = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(std::count(report.begin(), report.end(), '\n'), 1) << report;
+    std::unique_ptr<Settings> read;
+    const std::string report = stderrOf([&] { read = std::make_unique<Settings>(path()); });
+    Settings& settings = *read;
+    EXPECT_EQ(lineCount(report), 1) << report;
     EXPECT_NE(report.find(path().toStdString()), std::string::npos) << report;
     EXPECT_NE(report.find("malformed lines"), std::string::npos) << report;
 
@@ -237,12 +225,10 @@ TEST_P(MalformedSettingsFileTest, IsReportedReadAsFarAsItParsesAndSetAsideOnTheF
     EXPECT_EQ(settings.moveModifiers(), (ModifierKeySet{control, command}));
     EXPECT_EQ(fileText(), broken);
 
-    testing::internal::CaptureStderr();
-    settings.setShowInDock(true);
-    const std::string writeReport = testing::internal::GetCapturedStderr();
+    const std::string writeReport = stderrOf([&] { settings.setShowInDock(true); });
     EXPECT_NE(writeReport.find("kept the unreadable settings file as"), std::string::npos);
     EXPECT_EQ(writeReport.find("cannot write"), std::string::npos) << writeReport;
-    EXPECT_EQ(readFile(path() + ".unreadable"), broken);
+    EXPECT_EQ(fileContents(path() + ".unreadable"), broken);
     EXPECT_EQ(fileText(), GetParam().afterWriting);
     EXPECT_EQ(reopenFromDisk()->isEnabled(), GetParam().isEnabled);
 }
@@ -261,26 +247,24 @@ TEST_F(SettingsTest, AnEarlierSetAsideFileIsNotOverwritten) {
     writeFile("[General\nfirst\n");
     QFile::rename(path(), path() + ".unreadable");
     writeFile("[General\nsecond\n");
-    testing::internal::CaptureStderr();
-    Settings(path()).setShowInDock(true);
-    testing::internal::GetCapturedStderr();
-    EXPECT_EQ(readFile(path() + ".unreadable"), "[General\nfirst\n");
-    EXPECT_EQ(readFile(path() + ".unreadable.1"), "[General\nsecond\n");
+    stderrOf([&] { Settings(path()).setShowInDock(true); });
+    EXPECT_EQ(fileContents(path() + ".unreadable"), "[General\nfirst\n");
+    EXPECT_EQ(fileContents(path() + ".unreadable.1"), "[General\nsecond\n");
 }
 
 TEST_F(SettingsTest, AStoreThatCannotBeWrittenReportsOnceAndKeepsWorking) {
     QDir().mkpath(path());  // the file's name is taken by a folder
-    testing::internal::CaptureStderr();
-    Settings settings(path());
-    const std::string readReport = testing::internal::GetCapturedStderr();
+    std::unique_ptr<Settings> read;
+    const std::string readReport = stderrOf([&] { read = std::make_unique<Settings>(path()); });
+    Settings& settings = *read;
     EXPECT_NE(readReport.find("cannot read settings file"), std::string::npos) << readReport;
 
     QSignalSpy spy(&settings, &Settings::snapThresholdChanged);
-    testing::internal::CaptureStderr();
-    settings.setSnapThreshold(20.0);
-    settings.setSnapThreshold(30.0);
-    const std::string writeReport = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(std::count(writeReport.begin(), writeReport.end(), '\n'), 1) << writeReport;
+    const std::string writeReport = stderrOf([&] {
+        settings.setSnapThreshold(20.0);
+        settings.setSnapThreshold(30.0);
+    });
+    EXPECT_EQ(lineCount(writeReport), 1) << writeReport;
     EXPECT_NE(writeReport.find("cannot write settings file"), std::string::npos) << writeReport;
     EXPECT_EQ(settings.snapThreshold(), 30.0);
     EXPECT_EQ(spy.count(), 2);
@@ -290,9 +274,8 @@ TEST_F(SettingsTest, ValuesThatFailedToSaveAreWrittenOnceTheStoreRecovers) {
     const QString blocker = dir_.filePath("glimmerfold");
     QFile(blocker).open(QIODevice::WriteOnly);  // a file where the folder should be
     Settings settings(path());
-    testing::internal::CaptureStderr();
-    settings.setAutoRaiseDelay(2.0);
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("cannot write"), std::string::npos);
+    EXPECT_NE(stderrOf([&] { settings.setAutoRaiseDelay(2.0); }).find("cannot write"),
+              std::string::npos);
 
     QFile::remove(blocker);
     settings.setShowInDock(true);
@@ -300,17 +283,13 @@ TEST_F(SettingsTest, ValuesThatFailedToSaveAreWrittenOnceTheStoreRecovers) {
 }
 
 TEST(SettingsPathTest, FollowsXdgConfigHomeAndFallsBackToDotConfig) {
-    const QByteArray saved = qgetenv("XDG_CONFIG_HOME");
+    const ScopedEnvironment configHome("XDG_CONFIG_HOME", "/srv/config");
     const QString fallback = QDir::homePath() + "/.config/glimmerfold/glimmerfold.conf";
-    qputenv("XDG_CONFIG_HOME", "/srv/config");
     EXPECT_EQ(Settings::defaultFilePath(), "/srv/config/glimmerfold/glimmerfold.conf");
     qputenv("XDG_CONFIG_HOME", "relative/config");
     EXPECT_EQ(Settings::defaultFilePath(), fallback);
     qunsetenv("XDG_CONFIG_HOME");
     EXPECT_EQ(Settings::defaultFilePath(), fallback);
-    if (!saved.isNull()) {
-        qputenv("XDG_CONFIG_HOME", saved);
-    }
 }
 
 }  // namespace

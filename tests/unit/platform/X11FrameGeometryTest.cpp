@@ -5,8 +5,7 @@
 namespace gf {
 namespace {
 
-// An xterm-like client at (110, 130), 300 x 200, in a frame with a 20-pixel title bar and
-// 5-pixel borders.
+// An xterm-like client in a frame with a 20-pixel title bar and 5-pixel borders.
 X11FrameGeometry decoratedClient() {
     X11FrameGeometry geometry;
     geometry.client = {110, 130, 300, 200};

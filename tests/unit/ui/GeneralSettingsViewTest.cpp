@@ -1,6 +1,5 @@
 #include "ui/GeneralSettingsView.h"
 
-#include <QFile>
 #include <QLocale>
 #include <QMessageBox>
 #include <QPointer>
@@ -15,20 +14,15 @@ namespace {
 
 class GeneralSettingsViewTest : public UiTest {
   protected:
-    // Types into the delay field and finishes editing as pressing Return does.
     void typeDelay(const QString& text) {
         view.delayField().setText(text);
         emit view.delayField().editingFinished();
     }
 
     QAbstractButton* confirmationButton(const QString& text) {
-        QMessageBox* box = view.hideIconConfirmation();
-        for (QAbstractButton* button : box ? box->buttons() : QList<QAbstractButton*>()) {
-            if (button->text() == text) {
-                return button;
-            }
-        }
-        return nullptr;
+        const auto buttons = view.hideIconConfirmation()->buttons();
+        const auto found = std::ranges::find(buttons, text, &QAbstractButton::text);
+        return found == buttons.end() ? nullptr : *found;
     }
 
     GeneralSettingsView view{settings(), appState()};
@@ -38,18 +32,19 @@ TEST_F(GeneralSettingsViewTest,
        ControlsWriteTheirOwnPreferenceFollowChangesMadeElsewhereAndAutoRaise) {
     const QList<QWidget*> dependent{&view.delaySlider(), &view.delayField(),
                                     &view.allWindowsToggle(), &view.autoRaisePicker()};
-    for (QWidget* control : dependent) {
-        EXPECT_FALSE(control->isEnabled()) << control->metaObject()->className();
-    }
+    const auto expectDependentEnabled = [&](bool enabled) {
+        for (QWidget* control : dependent) {
+            EXPECT_EQ(control->isEnabled(), enabled) << control->metaObject()->className();
+        }
+    };
+    expectDependentEnabled(false);
     EXPECT_TRUE(view.delayCaption().isEnabled());
     EXPECT_TRUE(view.movePicker().isEnabled());
     EXPECT_TRUE(view.bringToFrontToggle().isEnabled());
 
     view.autoRaiseToggle().click();
     EXPECT_TRUE(settings().autoRaiseEnabled());
-    for (QWidget* control : dependent) {
-        EXPECT_TRUE(control->isEnabled()) << control->metaObject()->className();
-    }
+    expectDependentEnabled(true);
     // Switched off elsewhere (the tray, another window): the tab follows.
     settings().setAutoRaiseEnabled(false);
     EXPECT_FALSE(view.autoRaiseToggle().isChecked());
@@ -151,7 +146,6 @@ TEST_F(GeneralSettingsViewTest, HidingTheStatusMenuAsksFirstAndOnlyHideIconHides
     EXPECT_FALSE(settings().showMenuBarIcon());
     EXPECT_FALSE(toggle.isChecked());
     EXPECT_EQ(changes.count(), 1);
-    // Showing it again needs no confirmation.
     toggle.click();
     EXPECT_EQ(view.hideIconConfirmation(), nullptr);
     EXPECT_TRUE(settings().showMenuBarIcon());

@@ -14,12 +14,7 @@ using Entries = std::vector<IgnoreListEntry>;
 
 RunningApplication app(std::int32_t pid, std::optional<std::string> identifier,
                        std::optional<std::string> name, bool regular = true) {
-    RunningApplication application;
-    application.pid = pid;
-    application.identifier = std::move(identifier);
-    application.displayName = std::move(name);
-    application.isRegular = regular;
-    return application;
+    return {pid, std::move(identifier), std::move(name), {}, regular};
 }
 
 std::vector<std::string> namesOf(const std::vector<RunningApplication>& applications) {
@@ -41,8 +36,7 @@ TEST(IgnoreCandidatesTest, OffersOrdinaryApplicationsWithAnIdentifierSortedByCod
         app(7, "org.ligature", "\uFB01le"),       // U+FB01: above the surrogates in UTF-16
         app(8, "", "Empty Identifier"),
     });
-    // Upper case before lower case, a missing name as the empty string first, and U+1F600 after
-    // U+FB01 although its UTF-16 surrogates would sort before it.
+    // A missing name sorts as empty; U+1F600 after U+FB01 although its UTF-16 would not.
     EXPECT_EQ(namesOf(candidates),
               (std::vector<std::string>{"<none>", "Zed", "apple", "\uFB01le", "\U0001F600 Smile"}));
 
@@ -91,10 +85,11 @@ class IgnoreListViewTest : public UiTest {
 
 TEST_F(IgnoreListViewTest, PickerListsRunningApplicationsAndAddsTheChosenOneAtTheEnd) {
     settings().setIgnoreList({{"org.first", "First"}});
-    desktop().addApplication(app(10, "org.zed", "Zed"));
-    desktop().addApplication(app(11, "org.apple", "apple"));
-    desktop().addApplication(app(12, "org.nameless", std::nullopt));
-    desktop().addApplication(app(13, "org.tray", "Tray Helper", false));
+    for (const auto& running :
+         {app(10, "org.zed", "Zed"), app(11, "org.apple", "apple"),
+          app(12, "org.nameless", std::nullopt), app(13, "org.tray", "Tray Helper", false)}) {
+        desktop().addApplication(running);
+    }
 
     RunningAppsPicker& picker = openPicker();
     EXPECT_TRUE(picker.isVisible());

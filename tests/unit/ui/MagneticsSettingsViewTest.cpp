@@ -17,10 +17,9 @@ TEST_F(MagneticsSettingsViewTest,
     MagneticsSettingsView view(settings());
     view.enableToggle().click();
     EXPECT_FALSE(settings().magneticsEnabled());
-    for (QWidget* control : {static_cast<QWidget*>(&view.screenEdgesToggle()),
-                             static_cast<QWidget*>(&view.windowEdgesToggle()),
-                             static_cast<QWidget*>(&view.panelsToggle()),
-                             static_cast<QWidget*>(&view.thresholdSlider())}) {
+    for (QWidget* control :
+         std::initializer_list<QWidget*>{&view.screenEdgesToggle(), &view.windowEdgesToggle(),
+                                         &view.panelsToggle(), &view.thresholdSlider()}) {
         EXPECT_FALSE(control->isEnabled()) << control->metaObject()->className();
     }
     EXPECT_TRUE(view.enableToggle().isEnabled());

@@ -17,8 +17,7 @@ const ModifierKey& command = ModifierKey::command();
 
 using ModifierKeyPickerTest = UiTest;
 
-// X never reports fn, so it is not offered; the others go by the names Linux keyboards and
-// desktops' shortcut editors give them.
+// X never reports fn, so it is not offered; the others go by the names Linux keyboards give them.
 TEST_F(ModifierKeyPickerTest,
        OffersShiftCtrlAltSuperEachClickWritingTheWholeSetOnceAndFollowsOtherChanges) {
     ModifierKeyPicker picker(QString(), settings(), property::moveModifiers);
@@ -45,14 +44,12 @@ TEST_F(ModifierKeyPickerTest,
     }
     EXPECT_EQ(changes.count(), 4);
     EXPECT_TRUE(settings().moveModifiers().isEmpty()) << "every key can be switched off";
-    // The file holds the last set, as a later start reads it (from a copy: QSettings caches the
-    // files this process has seen).
+    // A later start reads the last set (from a copy: QSettings caches the files it has seen).
     const QString copy = settingsPath() + QStringLiteral(".copy");
     ASSERT_TRUE(QFile::copy(settingsPath(), copy));
     EXPECT_TRUE(Settings(copy).moveModifiers().isEmpty());
 
-    // Changes made elsewhere show without being written back; another picker of the same
-    // preference (the wizard's) stays in step.
+    // Changes made elsewhere show without being written back; the wizard's picker stays in step.
     QSignalSpy raiseChanges(&settings(), &Settings::autoRaiseModifiersChanged);
     ModifierKeyPicker raise(QString(), settings(), property::autoRaiseModifiers);
     settings().setAutoRaiseModifiers(ModifierKeySet{option});

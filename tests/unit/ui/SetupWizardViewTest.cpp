@@ -91,7 +91,6 @@ TEST_F(SetupWizardViewTest, ContinueWorksOnlyWithBothGrantsWhichThePollPicksUp) 
     EXPECT_EQ(permissions.titleLabel().text(), QStringLiteral("Permissions Granted!"));
     EXPECT_FALSE(permissions.accessibilityRow().isVisible());
 
-    // A grant taken back switches the page back.
     setGrants(true, false);
     desktop().advance(2s);
     EXPECT_FALSE(permissions.button().isEnabled());
@@ -117,16 +116,8 @@ TEST_F(SetupWizardViewTest, GrantAccessAsksTheDesktopAndShowsWhereToGrantWhileMi
     EXPECT_FALSE(permissions.accessibilityRow().isGranted());
 }
 
-// Under Wayland no grant can be had: the page says why and what to do in one sentence, which
-// both buttons carry too; the X11 session's page says nothing of the kind.
 TEST_F(SetupWizardViewTest, WhereGrantsCannotBeHadThePageSaysWhyAndWhatToDo) {
-    const auto session = [](const char* type) {
-        return [type](const char* name) -> std::optional<std::string> {
-            return std::string(name) == "XDG_SESSION_TYPE" ? std::optional<std::string>(type)
-                                                           : std::nullopt;
-        };
-    };
-    X11GrantService wayland(true, session("wayland"));
+    X11GrantService wayland(true, sessionOfType("wayland"));
     PermissionsStepContent page({}, wayland, desktop());
     page.show();
     const QString reason = QString::fromStdString(wayland.whyUnavailable());
@@ -139,7 +130,7 @@ TEST_F(SetupWizardViewTest, WhereGrantsCannotBeHadThePageSaysWhyAndWhatToDo) {
     EXPECT_EQ(page.inputMonitoringRow().grantButton().toolTip(), reason);
     EXPECT_FALSE(page.button().isEnabled());
 
-    X11GrantService x11(true, session("x11"));
+    X11GrantService x11(true, sessionOfType("x11"));
     PermissionsStepContent granted({}, x11, desktop());
     EXPECT_EQ(granted.titleLabel().text(), QStringLiteral("Permissions Granted!"));
     for (const auto& explanation : granted.explanations()) {

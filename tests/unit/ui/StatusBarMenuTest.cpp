@@ -48,7 +48,6 @@ TEST_F(StatusBarMenuTest, GrantLinesFollowTheGrantsAtEachOpeningAndEveryItemWork
     menu.settingsItem().trigger();
     EXPECT_EQ(appState().settingsWindow(), window);
 
-    // The running item switches and stores isEnabled.
     QAction& running = menu.runningItem();
     EXPECT_TRUE(running.isChecked());
     running.trigger();

@@ -4,10 +4,10 @@
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QByteArray>
 #include <QTemporaryDir>
 #include <memory>
 
+#include "TestHelpers.h"
 #include "app/AppState.h"
 #include "fake/FakeDesktop.h"
 #include "model/Settings.h"
@@ -15,19 +15,11 @@
 
 namespace gf::test {
 
-// Views on a fake desktop: settings in a file of their own, an AppState over the fake platform,
-// and a private XDG_CONFIG_HOME so that login-item changes stay inside the test.
+// Views on a fake desktop; a private XDG_CONFIG_HOME keeps login-item changes inside the test.
 class UiTest : public ::testing::Test {
   protected:
-    UiTest() : settings_(std::make_unique<Settings>(settingsPath())) {
-        previousConfigHome_ = qgetenv("XDG_CONFIG_HOME");
-        qputenv("XDG_CONFIG_HOME", dir_.filePath(QStringLiteral("config")).toLocal8Bit());
-    }
-
-    ~UiTest() override {
-        appState_.reset();
-        qputenv("XDG_CONFIG_HOME", previousConfigHome_);
-    }
+    UiTest() : settings_(std::make_unique<Settings>(settingsPath())) {}
+    ~UiTest() override { appState_.reset(); }
 
     QString settingsPath() const { return dir_.filePath(QStringLiteral("glimmerfold.conf")); }
 
@@ -41,8 +33,7 @@ class UiTest : public ::testing::Test {
         return *appState_;
     }
 
-    // Runs what views leave to the event loop, including deleting closed dialogs and pages,
-    // which processEvents() alone does not do outside a running loop.
+    // Deletes closed dialogs too, which processEvents() alone does not do outside a running loop.
     static void processEvents() {
         QApplication::processEvents();
         QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -50,7 +41,7 @@ class UiTest : public ::testing::Test {
 
   private:
     QTemporaryDir dir_;
-    QByteArray previousConfigHome_;
+    ScopedEnvironment configHome_{"XDG_CONFIG_HOME", dir_.filePath("config").toLocal8Bit()};
     std::unique_ptr<Settings> settings_;
     FakeDesktop desktop_;
     Platform platform_ = desktop_.platform();

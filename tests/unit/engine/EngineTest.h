@@ -1,0 +1,23 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QTemporaryDir>
+
+#include "fake/FakeDesktop.h"
+#include "model/Settings.h"
+
+namespace gf::test {
+
+// What every engine part works with: settings in a file of their own, the fake desktop's platform.
+class EngineTest : public ::testing::Test {
+  protected:
+    using Window = FakeDesktop::Window;
+
+    QTemporaryDir dir;
+    Settings settings{dir.filePath("glimmerfold.conf")};
+    FakeDesktop desktop;
+    Platform platform = desktop.platform();
+};
+
+}  // namespace gf::test
