@@ -91,8 +91,7 @@ TEST_F(AutoRaiseManagerTest, RaisesOnlyTheWindowThePointerRestsOn) {
 }
 
 TEST_F(AutoRaiseManagerTest, RaisesAWindowAgainAfterThePointerWasElsewhereUntilSwitchedOff) {
-    // The ignore list plays no part in raising.
-    settings.setIgnoreList({{"org.a", "A"}});
+    settings.setIgnoreList({{"org.a", "A"}});  // the ignore list plays no part in raising
 
     restAt(kOverA, 300ms);
     restAt(kOverB, 300ms);

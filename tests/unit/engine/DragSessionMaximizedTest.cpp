@@ -33,8 +33,7 @@ class MaximizedDragSessionTest : public DragSessionTest {
 TEST_F(MaximizedDragSessionTest, AMoveWaitsForTheRestoredSizeAndKeepsThePointerOnItsSpot) {
     const std::uint32_t editor = maximized({200, 150, 400, 300});
     desktop.setStateChangesDeferred(true);
-    // Half way across, a fifth of the way down.
-    startMove({720, 200}, editor);
+    startMove({720, 200}, editor);  // half way across, a fifth of the way down
     pointerTo({730, 210});
     desktop.advance(40ms);
     EXPECT_FALSE(geometryWritten()) << "the window manager has not restored it yet";
@@ -70,8 +69,7 @@ TEST_F(MaximizedDragSessionTest, OnlyTheMaximizedAxisIsRestoredAndMagneticsStill
     startMove({500, 200}, tall);
     restAt({530, 230});
     EXPECT_EQ(desktop.frameOf(tall), (Rect{330, 170, 400, 300}));
-    // The top edge 5 below the usable area's top: it snaps there.
-    pointerTo({530, 90});
+    pointerTo({530, 90});  // the top edge 5 below the usable area's top: it snaps there
     EXPECT_EQ(desktop.frameOf(tall), (Rect{330, 25, 400, 300}));
     session.end();
 }

@@ -100,8 +100,7 @@ TEST_F(GeneralSettingsViewTest, DelayFieldParsesInTheUsersLocaleAndIgnoresWhatDo
     typeDelay(QStringLiteral("0,7"));
     EXPECT_DOUBLE_EQ(settings().autoRaiseDelay(), 0.7);
     EXPECT_EQ(view.delaySlider().value(), 14);
-    // Committed as parsed, not rounded to the two digits shown.
-    typeDelay(QStringLiteral("0,333"));
+    typeDelay(QStringLiteral("0,333"));  // committed as parsed, not rounded to the two shown
     EXPECT_DOUBLE_EQ(settings().autoRaiseDelay(), 0.333);
     EXPECT_EQ(view.delayField().text(), QStringLiteral("0,33"));
 
