@@ -21,10 +21,9 @@ TEST(ProcessMeterTest, ReadsTheFieldsOfProcFiles) {
 
 TEST(ProcessMeterTest, UsageIsPerSecondAndCountsNewThreadsFromZero) {
     ProcessSample before;
-    before.valid = true;
-    before.threads = {{1, "glimmerfold", 1'000'000'000, 100}, {2, "glimmerfold.ax", 0, 0}};
     ProcessSample after;
-    after.valid = true;
+    before.valid = after.valid = true;
+    before.threads = {{1, "glimmerfold", 1'000'000'000, 100}, {2, "glimmerfold.ax", 0, 0}};
     after.threads = {{1, "glimmerfold", 1'020'000'000, 140},
                      {2, "glimmerfold.ax", 10'000'000, 250},
                      {3, "QXcbEventQueue", 10'000'000, 10}};
@@ -34,8 +33,7 @@ TEST(ProcessMeterTest, UsageIsPerSecondAndCountsNewThreadsFromZero) {
     EXPECT_DOUBLE_EQ(usage.wakeupsPerSecondByThread.at("glimmerfold.ax"), 125.0);
     EXPECT_DOUBLE_EQ(usage.wakeupsPerSecondByThread.at("QXcbEventQueue"), 5.0);
 
-    ProcessSample gone;
-    EXPECT_EQ(usageBetween(before, gone, 2.0).cpuPercent, 0.0);
+    EXPECT_EQ(usageBetween(before, ProcessSample{}, 2.0).cpuPercent, 0.0) << "gone";
 }
 
 }  // namespace

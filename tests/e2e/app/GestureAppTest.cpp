@@ -1,13 +1,10 @@
 // Escape during a gesture, maximized and fullscreen windows: the real program on the window
-// managers that keep those states, over a window the test creates, gives the focus and listens
-// to for key presses.
+// managers that keep those states, over a focused window of the test's own.
 #include <gtest/gtest.h>
-
 #include <xcb/xcb.h>
 
 #include <cmath>
 #include <string>
-#include <vector>
 
 #include "platform/x11/XcbReply.h"
 #include "x11/GestureHands.h"
@@ -19,37 +16,27 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::uint32_t kStateRemove = 0;
-constexpr std::uint32_t kStateAdd = 1;
-constexpr std::uint32_t kSourceIndicationTool = 2;
-
 std::string describe(const std::optional<Rect>& r) {
-    if (!r) {
-        return "(none)";
-    }
-    return "(" + std::to_string(r->x) + ", " + std::to_string(r->y) + ", " +
-           std::to_string(r->width) + ", " + std::to_string(r->height) + ")";
+    return r ? "(" + std::to_string(r->x) + ", " + std::to_string(r->y) + ", " +
+                   std::to_string(r->width) + ", " + std::to_string(r->height) + ")"
+             : "(none)";
 }
 
-// The Escape presses that reach a window, seen over a connection of its own, as the application
-// owning the window would see them.
+// The Escape presses that reach a window, seen over a connection of its own as its owner would.
 class EscapeWatch {
   public:
     EscapeWatch(X11Desktop& desktop, WindowId window)
-        : connection_(xcb_connect(desktop.displayName().c_str(), nullptr)),
+        : connection_(xcb_connect(desktop.displayName().c_str(), nullptr), &xcb_disconnect),
           escape_(desktop.input().keycodeOf(Keysym::escape)) {
         const std::uint32_t mask = XCB_EVENT_MASK_KEY_PRESS;
-        xcb_connection_t* c = connection_.get();
-        xcb_change_window_attributes(c, window, XCB_CW_EVENT_MASK, &mask);
-        // In place on the server before the first key.
-        xcbReply(c, xcb_get_input_focus_reply, xcb_get_input_focus(c));
+        xcb_change_window_attributes(connection_.get(), window, XCB_CW_EVENT_MASK, &mask);
+        presses();  // the selection is in place before the first key
     }
 
     // Presses since the last call.
     int presses() {
         xcb_connection_t* c = connection_.get();
-        // A round trip: every event the server sent before it has arrived.
-        xcbReply(c, xcb_get_input_focus_reply, xcb_get_input_focus(c));
+        xcbReply(c, xcb_get_input_focus_reply, xcb_get_input_focus(c));  // all sent has arrived
         int count = 0;
         while (XcbPointer<xcb_generic_event_t> event{xcb_poll_for_event(c)}) {
             if ((event->response_type & 0x7f) == XCB_KEY_PRESS &&
@@ -61,11 +48,7 @@ class EscapeWatch {
     }
 
   private:
-    struct Disconnect {
-        void operator()(xcb_connection_t* c) const { xcb_disconnect(c); }
-    };
-
-    std::unique_ptr<xcb_connection_t, Disconnect> connection_;
+    std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> connection_;
     xcb_keycode_t escape_;
 };
 
@@ -80,9 +63,8 @@ class GestureAppTest : public X11DesktopTest, public ::testing::WithParamInterfa
     void SetUp() override {
         X11DesktopTest::SetUp();
         ASSERT_FALSE(HasFatalFailure());
-        // Snapping would blur where the pointer put the window.
         GlimmerfoldLauncher::Options options;
-        options.settings = {"magneticsEnabled=false"};
+        options.settings = {"magneticsEnabled=false"};  // snapping would blur where windows land
         launcher_ = std::make_unique<GlimmerfoldLauncher>(desktop(), options);
         hands_ = std::make_unique<GestureHands>(desktop());
         glimmerfold_ = launcher_->launch();
@@ -123,20 +105,19 @@ class GestureAppTest : public X11DesktopTest, public ::testing::WithParamInterfa
         input().sync();
     }
 
-    // What a pager sends to change a window's state; the window manager carries it out.
-    void changeState(WindowId window, std::uint32_t action,
-                     std::initializer_list<const char*> states) {
+    // What a pager sends to add states to a window; the window manager carries it out.
+    void addStates(WindowId window, std::initializer_list<const char*> states) {
         xcb_client_message_event_t event{};
         event.response_type = XCB_CLIENT_MESSAGE;
         event.format = 32;
         event.window = window;
         event.type = probe().atom("_NET_WM_STATE");
-        event.data.data32[0] = action;
+        event.data.data32[0] = 1;  // add
         std::size_t i = 1;
         for (const char* state : states) {
             event.data.data32[i++] = probe().atom(state);
         }
-        event.data.data32[3] = kSourceIndicationTool;
+        event.data.data32[3] = 2;  // the source is a pager or similar tool
         xcb_send_event(desktop().connection(), 0, desktop().root(),
                        XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
                        reinterpret_cast<const char*>(&event));
@@ -154,26 +135,20 @@ class GestureAppTest : public X11DesktopTest, public ::testing::WithParamInterfa
     std::unique_ptr<ChildProcess> glimmerfold_;
 };
 
-// One launch per window manager walks through Escape after a move and a resize, a maximized
-// window restored under the pointer, and a fullscreen window left alone.
 TEST_P(GestureAppTest, EscapeMaximizedAndFullscreenWindows) {
     const WindowId window = createFocusedWindow(500, 300, 400, 300);
     EscapeWatch escapes(desktop(), window);
     tapEscape();
     ASSERT_EQ(escapes.presses(), 1) << "without a gesture Escape reaches the focused window";
 
-    struct Case {
-        GestureKind kind;
-        double fx, fy;  // where in the window the keys are pressed
-    };
-    for (const Case& c : {Case{GestureKind::move, 0.5, 0.5}, Case{GestureKind::resize, 0.8, 0.8}}) {
-        SCOPED_TRACE(::testing::PrintToString(c.kind));
+    // `at`: where in the window, as a share of its size, the keys are pressed.
+    for (const auto& [kind, at] : {std::pair{GestureKind::move, 0.5}, {GestureKind::resize, 0.8}}) {
+        SCOPED_TRACE(::testing::PrintToString(kind));
         const Rect before = *frameOf(window);
-        const int x = static_cast<int>(before.x + c.fx * before.width);
-        const int y = static_cast<int>(before.y + c.fy * before.height);
-        ASSERT_TRUE(hands_->begin(c.kind, window, x, y))
-            << "the window never followed the pointer\n"
-            << launcher_->output();
+        const int x = static_cast<int>(before.x + at * before.width);
+        const int y = static_cast<int>(before.y + at * before.height);
+        ASSERT_TRUE(hands_->begin(kind, window, x, y)) << "the window never followed the pointer\n"
+                                                       << launcher_->output();
         input().movePointerTo(x + 90, y + 70);
         ASSERT_TRUE(waitUntil([&] {
             const auto now = frameOf(window);
@@ -186,25 +161,22 @@ TEST_P(GestureAppTest, EscapeMaximizedAndFullscreenWindows) {
         hands_->release();
         EXPECT_EQ(escapes.presses(), 0) << "the focused window saw the Escape";
 
-        // The gesture let go of Escape: it reaches the window again.
         EXPECT_TRUE(waitUntil([&] {
             tapEscape();
             return escapes.presses() > 0;
-        }));
+        })) << "the gesture let go of Escape: it reaches the window again";
     }
 
     // Escape put it back where it was: its normal frame, which a restore gives back.
     const Rect normal = *frameOf(window);
-    changeState(window, kStateAdd,
-                {"_NET_WM_STATE_MAXIMIZED_VERT", "_NET_WM_STATE_MAXIMIZED_HORZ"});
+    addStates(window, {"_NET_WM_STATE_MAXIMIZED_VERT", "_NET_WM_STATE_MAXIMIZED_HORZ"});
     ASSERT_TRUE(waitUntil([&] {
         return isMaximized(window) && frameOf(window).value_or(Rect{}).width == 1600;
     })) << describe(frameOf(window));
     const Rect maximized = *frameOf(window);
 
-    // The keys go down at (x0, y0); the window manager gives the window its earlier size once
-    // the pointer moves. Glimmerfold reads the pointer when it sees the keys, a moment after
-    // the server does, so the gesture may start from any place the pointer held until then.
+    // The keys go down at (x0, y0); the window manager restores the size once the pointer
+    // moves, and Glimmerfold may read the pointer at any place it held until then.
     const int x0 = 1100;
     const int y0 = 300;
     input().movePointerTo(x0, y0);
@@ -215,8 +187,7 @@ TEST_P(GestureAppTest, EscapeMaximizedAndFullscreenWindows) {
         waitUntil([&] { return frameOf(window) != maximized; }, 300ms);
     }
     ASSERT_NE(frameOf(window), maximized) << "the window never left its maximized frame";
-    // The spot under the pointer, as a share of the maximized frame, is the same spot of the
-    // restored one; from there the window follows the pointer.
+    // The spot under the pointer keeps its share of the frame; then the window follows.
     auto placed = [&](int startX, Point pointer) {
         const double fx = (startX - maximized.x) / maximized.width;
         const double fy = (y0 - maximized.y) / maximized.height;
@@ -241,16 +212,14 @@ TEST_P(GestureAppTest, EscapeMaximizedAndFullscreenWindows) {
     }
     EXPECT_FALSE(hasState(window, "_NET_WM_STATE_MAXIMIZED_VERT"));
     EXPECT_FALSE(hasState(window, "_NET_WM_STATE_MAXIMIZED_HORZ"));
-
-    // Escape: maximized again, as it was.
-    tapEscape();
+    tapEscape();  // maximized again, as it was
     EXPECT_TRUE(waitUntil([&] { return isMaximized(window) && frameOf(window) == maximized; }))
         << describe(frameOf(window));
     hands_->release();
 
     // Neither combination does anything to a fullscreen window, nor takes Escape from it.
     const WindowId film = createFocusedWindow(200, 200, 300, 200);
-    changeState(film, kStateAdd, {"_NET_WM_STATE_FULLSCREEN"});
+    addStates(film, {"_NET_WM_STATE_FULLSCREEN"});
     const Rect screen{0, 0, 1600, 1000};
     ASSERT_TRUE(waitUntil([&] { return frameOf(film) == screen; })) << describe(frameOf(film));
     EscapeWatch filmEscapes(desktop(), film);

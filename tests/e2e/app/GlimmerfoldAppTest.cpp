@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
-
 #include <xcb/xcb.h>
 
 #include <QImage>
 #include <algorithm>
 #include <csignal>
+#include <utility>
 
 #include "x11/GestureHands.h"
 #include "x11/GlimmerfoldLauncher.h"
@@ -16,8 +16,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// The real build/glimmerfold on a private desktop, with its own settings (setup completed),
-// runtime directory and log.
+// The real build/glimmerfold on a private desktop with its own settings, runtime directory and log.
 class GlimmerfoldAppTest : public X11DesktopTest {
   protected:
     void SetUp() override {
@@ -50,29 +49,28 @@ class GlimmerfoldAppTest : public X11DesktopTest {
     }
     std::string output(const std::string& outputName) { return glimmerfold_->output(outputName); }
 
-    // How `glimmerfold <arguments>` ended, as a shell or a key binding sees it.
-    struct Answer {
-        std::optional<int> status;  // nullopt: still running after a while, or killed
-        std::string output;         // standard output and error together
-        bool operator==(const Answer&) const = default;
-        friend std::ostream& operator<<(std::ostream& out, const Answer& answer) {
-            return out << "status " << (answer.status ? std::to_string(*answer.status) : "none")
-                       << ", output \"" << answer.output << '"';
-        }
-    };
+    // How `glimmerfold <arguments>` ended, as a shell or a key binding sees it: the exit status
+    // (none while still running after a while, or killed) and stdout and stderr together.
+    using Answer = std::pair<std::optional<int>, std::string>;
     Answer command(const std::vector<std::string>& arguments) {
         const std::string name = "command-" + std::to_string(++commandsRun_) + ".log";
         const auto process = launch(name, arguments);
         if (!process) {
             return {};
         }
-        const std::optional<int> status = process->waitForExit(20s);
-        return {status, output(name)};
+        return {process->waitForExit(20s), output(name)};
     }
     std::string notRunning() {
         return "Glimmerfold is not running on display " + desktop().displayName() + ".\n";
     }
     std::string savedSettings() const { return glimmerfold_->settingsText(); }
+    // Glimmerfold's own window (Settings or the wizard), once it shows up.
+    std::optional<WindowId> ownWindow() {
+        std::optional<WindowId> window;
+        waitUntil([&] { return (window = probe().findClientByClass("Glimmerfold")).has_value(); },
+                  10s);
+        return window;
+    }
 
     // A window is mapped before it is drawn: the screen counts once the window's area differs
     // from what was there before and two reads agree.
@@ -139,8 +137,7 @@ TEST_F(GlimmerfoldAppTest, CommandsDriveTheRunningInstanceAsItsTrayMenuDoesWhich
 
     EXPECT_FALSE(probe().findClientByClass("Glimmerfold")) << "no window until asked";
     EXPECT_EQ(command({"--settings"}), (Answer{0, "Glimmerfold's Settings window is open.\n"}));
-    EXPECT_TRUE(waitUntil([&] { return probe().findClientByClass("Glimmerfold").has_value(); }))
-        << output("running.log");
+    EXPECT_TRUE(ownWindow()) << output("running.log");
 
     const std::optional<QImage> menuClosed = grabScreen();
     ASSERT_TRUE(menuClosed);
@@ -159,10 +156,8 @@ TEST_F(GlimmerfoldAppTest, CommandsDriveTheRunningInstanceAsItsTrayMenuDoesWhich
 TEST_F(GlimmerfoldAppTest, WithoutATrayOrAnInstanceItSaysSoAndSettingsStartsOne) {
     auto trayless = launch("trayless.log");
     ASSERT_NE(trayless, nullptr);
-    std::optional<WindowId> settings;
-    ASSERT_TRUE(waitUntil(
-        [&] { return (settings = probe().findClientByClass("Glimmerfold")).has_value(); }, 10s))
-        << output("trayless.log");
+    const std::optional<WindowId> settings = ownWindow();
+    ASSERT_TRUE(settings) << output("trayless.log");
     const Rect frame = *probe().frameGeometry(*settings);
     EXPECT_GE(frame.width, 650);
     EXPECT_GE(frame.height, 450);
@@ -178,24 +173,21 @@ TEST_F(GlimmerfoldAppTest, WithoutATrayOrAnInstanceItSaysSoAndSettingsStartsOne)
     EXPECT_EQ(savedSettings(), settingsBefore);
 
     const Answer help = command({"--help"});
-    EXPECT_EQ(help.status, 0);
+    EXPECT_EQ(help.first, 0);
     for (const char* option : {"--enable", "--disable", "--toggle", "--settings", "--quit"}) {
-        EXPECT_NE(help.output.find(option), std::string::npos) << option << "\n" << help.output;
+        EXPECT_NE(help.second.find(option), std::string::npos) << option << "\n" << help.second;
     }
     for (const std::vector<std::string>& misuse :
          {std::vector<std::string>{"--enable", "--quit"}, {"--frobnicate"}, {"enable"}}) {
         const Answer answer = command(misuse);
-        EXPECT_EQ(answer.status, 2) << answer;
-        EXPECT_EQ(std::count(answer.output.begin(), answer.output.end(), '\n'), 1) << answer;
+        EXPECT_EQ(answer.first, 2) << answer.second;
+        EXPECT_EQ(std::ranges::count(answer.second, '\n'), 1) << answer.second;
     }
 
     ASSERT_TRUE(startTrayHost());
     auto started = launch("started.log", {"--settings"});
     ASSERT_NE(started, nullptr);
-    // With a tray to live in, only --settings brings the window up.
-    ASSERT_TRUE(
-        waitUntil([&] { return probe().findClientByClass("Glimmerfold").has_value(); }, 10s))
-        << output("started.log");
+    ASSERT_TRUE(ownWindow()) << output("started.log");  // with a tray, only --settings opens it
     EXPECT_EQ(output("started.log"),
               "Glimmerfold was not running; started it with its Settings window open.\n");
 
@@ -211,10 +203,8 @@ TEST_F(GlimmerfoldAppTest, ClosingTheFirstRunWizardQuitsCleanly) {
     glimmerfold_->setEnvironment("XDG_SESSION_TYPE", "wayland");
     auto glimmerfold = launch("glimmerfold.log");
     ASSERT_NE(glimmerfold, nullptr);
-    std::optional<WindowId> wizard;
-    ASSERT_TRUE(waitUntil(
-        [&] { return (wizard = probe().findClientByClass("Glimmerfold")).has_value(); }, 10s))
-        << output("glimmerfold.log");
+    const std::optional<WindowId> wizard = ownWindow();
+    ASSERT_TRUE(wizard) << output("glimmerfold.log");
     requestClose(*wizard);
     EXPECT_EQ(glimmerfold->waitForExit(10s), 0) << output("glimmerfold.log");
     EXPECT_NE(savedSettings().find("hasCompletedSetup=false"), std::string::npos)

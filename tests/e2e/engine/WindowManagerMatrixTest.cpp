@@ -1,13 +1,11 @@
-// The engine on every desktop we serve: each case runs once per window manager (and with
-// none), with real clients, and checks the frames the user sees to the pixel. Each case starts
-// one desktop and goes through several gestures on it, so that the whole matrix stays cheap.
+// The engine under every window manager (and none), checked on the visible frames to the pixel;
+// each case walks several gestures on one desktop so that the matrix stays cheap.
 #include <gtest/gtest.h>
 #include <xcb/xcb.h>
 
 #include <array>
 #include <chrono>
 #include <cmath>
-#include <string>
 
 #include "EngineDesktopTest.h"
 #include "platform/x11/XcbReply.h"
@@ -25,15 +23,14 @@ const char* cornerName(ResizeCorner corner) {
 }
 
 // The direction in which dragging the corner makes the window larger.
-int growthX(ResizeCorner corner) {
-    return corner == ResizeCorner::topLeft || corner == ResizeCorner::bottomLeft ? -1 : 1;
+int growthX(ResizeCorner c) {
+    return c == ResizeCorner::topLeft || c == ResizeCorner::bottomLeft ? -1 : 1;
 }
-int growthY(ResizeCorner corner) {
-    return corner == ResizeCorner::topLeft || corner == ResizeCorner::topRight ? -1 : 1;
+int growthY(ResizeCorner c) {
+    return c == ResizeCorner::topLeft || c == ResizeCorner::topRight ? -1 : 1;
 }
 
-// The frame after dragging the corner by (dx, dy) with nothing in the way: the opposite corner
-// stays where it was.
+// The frame after dragging the corner by (dx, dy) with nothing in the way.
 Rect draggedBy(Rect frame, ResizeCorner corner, double dx, double dy) {
     const double left = growthX(corner) < 0 ? frame.x + dx : frame.x;
     const double right = growthX(corner) < 0 ? frame.maxX() : frame.maxX() + dx;
@@ -55,13 +52,10 @@ bool honoursRestackOfUnfocusedWindows(WindowManager windowManager) {
            windowManager == WindowManager::none;
 }
 
-class WindowManagerMatrixTest : public EngineDesktopTest,
-                                public ::testing::WithParamInterface<WindowManager> {
+class GestureTest : public EngineDesktopTest {
   protected:
-    X11Desktop::Options desktopOptions() const override { return {1600, 1000, GetParam()}; }
-
-    // Holds the move keys with the pointer at the centre of the window's visible frame and
-    // moves the pointer; false when no move began.
+    // Holds the move keys with the pointer at the centre of the visible frame and moves the
+    // pointer; false when no move began.
     bool dragBy(WindowId window, int dx, int dy) {
         pointerAt(centreOf(frameOf(window)));
         press(moveKeys);
@@ -71,6 +65,40 @@ class WindowManagerMatrixTest : public EngineDesktopTest,
         moveBy(dx, dy);
         return true;
     }
+
+    // A resize from `from`, which must pick `corner`, by (dx, dy).
+    void expectResize(WindowId window, ResizeCorner corner, Point from, int dx, int dy) {
+        const Rect before = frameOf(window);
+        pointerAt(from);
+        press(resizeKeys);
+        EXPECT_TRUE(session().isResizing());
+        EXPECT_EQ(session().corner(), corner);
+        moveBy(dx, dy);
+        EXPECT_TRUE(frameBecomes(window, draggedBy(before, corner, dx, dy)))
+            << "from " << describe(before);
+        release(resizeKeys);
+    }
+
+    // A move by (dx, dy) that must end with the frame's top left at `to`, its size unchanged.
+    void expectMove(WindowId window, double dx, double dy, Point to, const char* where) {
+        const Rect start = frameOf(window);
+        ASSERT_TRUE(dragBy(window, static_cast<int>(dx), static_cast<int>(dy))) << "no move began";
+        EXPECT_TRUE(frameBecomes(window, {to.x, to.y, start.width, start.height}))
+            << where << " from " << describe(start);
+        release(moveKeys);
+    }
+
+    // Rests the pointer at `from`, then moves it to `to` by relative motion.
+    void moveFromTo(Point from, Point to) {
+        pointerAt(from);
+        moveBy(static_cast<int>(to.x - from.x), static_cast<int>(to.y - from.y));
+    }
+};
+
+class WindowManagerMatrixTest : public GestureTest,
+                                public ::testing::WithParamInterface<WindowManager> {
+  protected:
+    X11Desktop::Options desktopOptions() const override { return {1600, 1000, GetParam()}; }
 
     // The newest window has the focus, but without a window manager nobody gives it.
     bool newestHasTheFocus(WindowId newest) {
@@ -91,10 +119,6 @@ class WindowManagerMatrixTest : public EngineDesktopTest,
                              XCB_WINDOW_NONE, XCB_CURSOR_NONE, XCB_CURRENT_TIME));
         return grab && grab->status == XCB_GRAB_STATUS_SUCCESS;
     }
-    void ungrabPointer() {
-        xcb_ungrab_pointer(desktop().connection(), XCB_CURRENT_TIME);
-        input().sync();
-    }
 };
 
 TEST_P(WindowManagerMatrixTest, MovesAndResizesFromEveryCornerByTheVisibleFrame) {
@@ -103,10 +127,8 @@ TEST_P(WindowManagerMatrixTest, MovesAndResizesFromEveryCornerByTheVisibleFrame)
     const Rect start = frameOf(logo);
     ASSERT_EQ(start.origin(), (Point{400, 300})) << describe(start);
 
-    pointerAt(centreOf(start));
-    press(moveKeys);
-    ASSERT_TRUE(session().isDragging()) << "no move began";
-    for (auto [dx, dy] : {std::pair{50, -20}, {-40, 60}, {20, -30}}) {  // (+30, +10) in all
+    ASSERT_TRUE(dragBy(logo, 50, -20)) << "no move began";
+    for (auto [dx, dy] : {std::pair{-40, 60}, {20, -30}}) {  // (+30, +10) in all
         input().movePointerBy(dx, dy);
     }
     EXPECT_TRUE(frameBecomes(logo, {start.x + 30, start.y + 10, start.width, start.height}))
@@ -114,16 +136,9 @@ TEST_P(WindowManagerMatrixTest, MovesAndResizesFromEveryCornerByTheVisibleFrame)
     release(moveKeys);
 
     for (const ResizeCorner corner : everyCorner) {
-        const Rect before = frameOf(logo);
-        pointerAt(inQuarterAt(before, corner));
-        press(resizeKeys);
-        EXPECT_TRUE(session().isResizing()) << cornerName(corner);
-        EXPECT_EQ(session().corner(), corner) << cornerName(corner);
-        moveBy(growthX(corner) * 40, growthY(corner) * 30);
-        EXPECT_TRUE(frameBecomes(
-            logo, draggedBy(before, corner, growthX(corner) * 40, growthY(corner) * 30)))
-            << cornerName(corner) << " from " << describe(before);
-        release(resizeKeys);
+        SCOPED_TRACE(cornerName(corner));
+        expectResize(logo, corner, inQuarterAt(frameOf(logo), corner), growthX(corner) * 40,
+                     growthY(corner) * 30);
     }
 
     // Far inwards: the visible frame, decorations and all, stops at the minimum.
@@ -138,8 +153,7 @@ TEST_P(WindowManagerMatrixTest, MovesAndResizesFromEveryCornerByTheVisibleFrame)
 
 TEST_P(WindowManagerMatrixTest, SnapsToTheScreenTheWorkAreaAndOtherWindowsByTheirVisibleFrames) {
     settings_.setMagneticsEnabled(true);
-    // A panel along the top leaves a work area that starts at y = 40.
-    StrutPartial strut;
+    StrutPartial strut;  // a panel along the top: the work area starts at y = 40
     strut.top = 40;
     strut.topEndX = 1599;
     desktop().createDock(0, 0, 1600, 40, strut);
@@ -151,36 +165,17 @@ TEST_P(WindowManagerMatrixTest, SnapsToTheScreenTheWorkAreaAndOtherWindowsByThei
         ASSERT_EQ(otherFrame, (Rect{900, 600, 202, 152})) << describe(otherFrame);
     }
 
-    // The left side 6 short of the screen's left edge.
-    const Rect start = frameOf(logo);
-    ASSERT_TRUE(dragBy(logo, static_cast<int>(6 - start.x), 0)) << "no move began";
-    EXPECT_TRUE(frameBecomes(logo, {0, start.y, start.width, start.height}))
-        << "to the screen's left edge from " << describe(start);
-    release(moveKeys);
-
-    // The top 6 below the work area's top edge, the right side 5 short of the screen's right.
-    const Rect atLeft = frameOf(logo);
-    ASSERT_TRUE(
-        dragBy(logo, static_cast<int>(1595 - atLeft.maxX()), static_cast<int>(46 - atLeft.y)));
-    EXPECT_TRUE(frameBecomes(logo, {1600 - atLeft.width, 40, atLeft.width, atLeft.height}))
-        << "to the work area's top and the screen's right from " << describe(atLeft);
-    release(moveKeys);
-
-    // The left side 4 past the other window's right side, well clear of anything vertically.
-    const Rect atTop = frameOf(logo);
-    dragBy(logo, static_cast<int>(otherFrame.maxX() + 4 - atTop.x),
-           static_cast<int>(450 - atTop.y));
-    EXPECT_TRUE(frameBecomes(logo, {otherFrame.maxX(), 450, atTop.width, atTop.height}))
-        << "to the right of " << describe(otherFrame) << " from " << describe(atTop);
-    release(moveKeys);
-
-    // The right side 4 short of the other window's left side.
-    const Rect toTheRight = frameOf(logo);
-    ASSERT_TRUE(dragBy(logo, static_cast<int>(otherFrame.x - 4 - toTheRight.maxX()), 0));
-    EXPECT_TRUE(frameBecomes(
-        logo, {otherFrame.x - toTheRight.width, 450, toTheRight.width, toTheRight.height}))
-        << "to the left of " << describe(otherFrame) << " from " << describe(toTheRight);
-    release(moveKeys);
+    // Each move ends a few pixels short of or past an edge the frame snaps onto.
+    Rect f = frameOf(logo);
+    expectMove(logo, 6 - f.x, 0, {0, f.y}, "to the screen's left edge");
+    f = frameOf(logo);  // the top 6 below the work area's top, the right 5 short of the screen's
+    expectMove(logo, 1595 - f.maxX(), 46 - f.y, {1600 - f.width, 40}, "to the work area's top");
+    f = frameOf(logo);  // clear of anything vertically
+    expectMove(logo, otherFrame.maxX() + 4 - f.x, 450 - f.y, {otherFrame.maxX(), 450},
+               "to the other window's right side");
+    f = frameOf(logo);
+    expectMove(logo, otherFrame.x - 4 - f.maxX(), 0, {otherFrame.x - f.width, 450},
+               "to the other window's left side");
 }
 
 TEST_P(WindowManagerMatrixTest,
@@ -192,8 +187,7 @@ TEST_P(WindowManagerMatrixTest,
     settings_.setAutoRaiseDelay(std::chrono::duration<double>(delay).count());
     const WindowId lower = desktop().startXlogo(200, 200, 300, 200).window;
     const WindowId upper = desktop().startXlogo(350, 250, 300, 200).window;
-    // The window with the keyboard focus, apart from the other two.
-    const WindowId typing = desktop().startXlogo(900, 500, 200, 150).window;
+    const WindowId typing = desktop().startXlogo(900, 500, 200, 150).window;  // has the focus
     ASSERT_TRUE(probe().isAbove(upper, lower));
     const Rect lowerFrame = frameOf(lower);
     const Rect upperFrame = frameOf(upper);
@@ -207,12 +201,10 @@ TEST_P(WindowManagerMatrixTest,
     autoRaise_->start();
     settle();  // the pointer monitor's selection is in effect before the pointer moves
 
-    // A button held down (as in a drag in the window with the focus) while the pointer rests
-    // on the lower window.
+    // A button held down (a drag in the window with the focus) onto the lower window.
     pointerAt(centreOf(frameOf(typing)));
     input().pressButton(1);
-    moveBy(static_cast<int>(onLowerOnly.x - centreOf(frameOf(typing)).x),
-           static_cast<int>(onLowerOnly.y - centreOf(frameOf(typing)).y));
+    moveFromTo(centreOf(frameOf(typing)), onLowerOnly);
     processEventsFor(wellPastTheDelay);
     EXPECT_TRUE(probe().isAbove(upper, lower)) << "raised while a button was held";
     input().releaseButton(1);
@@ -221,16 +213,13 @@ TEST_P(WindowManagerMatrixTest,
     // Another client grabs the pointer, as a menu or a drag and drop does.
     pointerAt(onNothing);
     ASSERT_TRUE(grabPointer());
-    moveBy(static_cast<int>(onLowerOnly.x - onNothing.x),
-           static_cast<int>(onLowerOnly.y - onNothing.y));
+    moveFromTo(onNothing, onLowerOnly);
     processEventsFor(wellPastTheDelay);
     EXPECT_TRUE(probe().isAbove(upper, lower)) << "raised while another client grabbed the pointer";
-    ungrabPointer();
+    xcb_ungrab_pointer(desktop().connection(), XCB_CURRENT_TIME);
+    input().sync();
 
-    // Free again, the pointer comes to rest on the lower window.
-    pointerAt(onNothing);
-    moveBy(static_cast<int>(onLowerOnly.x - onNothing.x),
-           static_cast<int>(onLowerOnly.y - onNothing.y));
+    moveFromTo(onNothing, onLowerOnly);  // free again
     EXPECT_TRUE(waitUntil([&] { return probe().isAbove(lower, upper); })) << "not raised";
     if (focusMustStay) {
         EXPECT_EQ(probe().focusedClient(), typing) << "auto raise took the focus";
@@ -257,8 +246,7 @@ INSTANTIATE_TEST_SUITE_P(EveryWindowManager, WindowManagerMatrixTest,
 
 // GTK 3 and GTK 4 windows under a compositing window manager draw their own title bar and a
 // shadow around it, inside their window; the shadow is no part of what the user moves.
-class ClientSideDecorationTest : public EngineDesktopTest,
-                                 public ::testing::WithParamInterface<int> {
+class ClientSideDecorationTest : public GestureTest, public ::testing::WithParamInterface<int> {
   protected:
     X11Desktop::Options desktopOptions() const override {
         return {1600, 1000, WindowManager::xfwm4Compositing};
@@ -270,44 +258,19 @@ TEST_P(ClientSideDecorationTest, SnapsAndResizesByTheVisibleFrameNotTheShadow) {
     const WindowId gtk = desktop().startGtkApplication(GetParam()).window;
     ASSERT_TRUE(waitUntil([&] { return probe().clientSideExtents(gtk).size() == 4; }))
         << "no client-side decorations";
-    // Away from where the window manager put it, to where no edge is near.
+    // Away from where the window manager put it, to where no edge is near; then 5 from the
+    // screen's left and top edges, where the visible frame snaps onto both.
     const Rect placed = frameOf(gtk);
-    pointerAt(centreOf(placed));
-    press(moveKeys);
-    ASSERT_TRUE(session().isDragging()) << "no move began";
-    moveBy(static_cast<int>(200 - placed.x), static_cast<int>(150 - placed.y));
-    EXPECT_TRUE(frameBecomes(gtk, {200, 150, placed.width, placed.height}))
-        << "moved from " << describe(placed);
-    release(moveKeys);
-
-    // 5 from the screen's left and top edges: the visible frame snaps onto both.
-    const Rect start = frameOf(gtk);
-    pointerAt(centreOf(start));
-    press(moveKeys);
-    moveBy(-195, -145);
-    EXPECT_TRUE(frameBecomes(gtk, {0, 0, start.width, start.height}))
-        << "moved from " << describe(start);
-    release(moveKeys);
+    expectMove(gtk, 200 - placed.x, 150 - placed.y, {200, 150}, "away");
+    expectMove(gtk, -195, -145, {0, 0}, "to the top left");
 
     // Just below and right of the visible frame's centre, which is above the centre of the
     // window with its shadow (the shadow is deeper below than above).
     const Rect atCorner = frameOf(gtk);
-    pointerAt({std::floor(atCorner.midX()) + 20, std::floor(atCorner.midY()) + 1});
-    press(resizeKeys);
-    EXPECT_EQ(session().corner(), ResizeCorner::bottomRight);
-    moveBy(40, 30);
-    EXPECT_TRUE(frameBecomes(gtk, draggedBy(atCorner, ResizeCorner::bottomRight, 40, 30)))
-        << "from " << describe(atCorner);
-    release(resizeKeys);
-
-    const Rect grown = frameOf(gtk);
-    pointerAt(inQuarterAt(grown, ResizeCorner::topLeft));
-    press(resizeKeys);
-    EXPECT_EQ(session().corner(), ResizeCorner::topLeft);
-    moveBy(30, 20);
-    EXPECT_TRUE(frameBecomes(gtk, draggedBy(grown, ResizeCorner::topLeft, 30, 20)))
-        << "from " << describe(grown);
-    release(resizeKeys);
+    expectResize(gtk, ResizeCorner::bottomRight,
+                 {std::floor(atCorner.midX()) + 20, std::floor(atCorner.midY()) + 1}, 40, 30);
+    expectResize(gtk, ResizeCorner::topLeft, inQuarterAt(frameOf(gtk), ResizeCorner::topLeft), 30,
+                 20);
 }
 
 INSTANTIATE_TEST_SUITE_P(Gtk, ClientSideDecorationTest, ::testing::Values(3, 4),

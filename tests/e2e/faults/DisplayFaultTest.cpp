@@ -20,24 +20,20 @@ double cpuSeconds(pid_t pid) {
     std::istringstream fields(text.substr(text.rfind(')') + 2));
     std::string field;
     long ticks = 0;
-    for (int index = 3; fields >> field && index <= 15; ++index) {
-        if (index == 14 || index == 15) {  // utime, stime
-            ticks += std::stol(field);
-        }
+    for (int index = 3; index <= 15 && fields >> field; ++index) {
+        ticks += index >= 14 ? std::stol(field) : 0;  // utime, stime
     }
     return static_cast<double>(ticks) / static_cast<double>(::sysconf(_SC_CLK_TCK));
 }
 
 // Waits until the child has exited without reaping it, so that its accounting stays readable.
 bool waitForExitUnreaped(pid_t pid, std::chrono::milliseconds timeout) {
-    return waitUntil(
-        [&] {
-            siginfo_t info{};
-            return ::waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOHANG | WNOWAIT) ==
-                       0 &&
-                   info.si_pid == pid;
-        },
-        timeout);
+    auto exited = [&] {
+        siginfo_t info{};
+        const int flags = WEXITED | WNOHANG | WNOWAIT;
+        return ::waitid(P_PID, static_cast<id_t>(pid), &info, flags) == 0 && info.si_pid == pid;
+    };
+    return waitUntil(exited, timeout);
 }
 
 // No server answers at $DISPLAY: one line, said before the toolkit would abort with its own.

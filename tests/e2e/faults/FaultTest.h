@@ -1,12 +1,11 @@
 #pragma once
 
-// Glimmerfold, the real program, while the rest of the desktop misbehaves. Each test checks that
-// it keeps working afterwards (the next gesture moves or resizes a window to the pixel) and that
-// nothing saved is lost.
+// The real program while the rest of the desktop misbehaves: afterwards gestures still land to
+// the pixel and nothing saved is lost.
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
+#include <tuple>
 
 #include "x11/GlimmerfoldDesktopTest.h"
 
@@ -26,12 +25,12 @@ class FaultTest : public GlimmerfoldDesktopTest {
     // Moves and resizes of `window` land to the pixel; the window ends where it started.
     void expectGesturesWork(WindowId window, const std::string& when) {
         for (const int sign : {1, -1}) {
-            const GestureOutcome move = hands().perform(kMove, window, sign * 40, sign * 30);
-            EXPECT_TRUE(move.exact()) << "move " << when << ": " << move << "\n"
-                                      << glimmerfold().output();
-            const GestureOutcome resize = hands().perform(kResize, window, sign * 30, sign * 20);
-            EXPECT_TRUE(resize.exact()) << "resize " << when << ": " << resize << "\n"
-                                        << glimmerfold().output();
+            for (const auto& [kind, dx, dy] : {std::tuple{kMove, 40, 30}, {kResize, 30, 20}}) {
+                const GestureOutcome outcome = hands().perform(kind, window, sign * dx, sign * dy);
+                EXPECT_TRUE(outcome.exact())
+                    << (kind == kMove ? "move " : "resize ") << when << ": " << outcome << "\n"
+                    << glimmerfold().output();
+            }
         }
     }
 };

@@ -1,6 +1,4 @@
-// A settings file that cannot be read, or not written. How each kind of damage is read, and that
-// every change is on disk at once, is the settings store's own business; here the real program
-// tells the user and keeps working.
+// A settings file that cannot be read: the real program tells the user and keeps working.
 #include <sys/stat.h>
 
 #include "FaultTest.h"
@@ -16,12 +14,11 @@ class SettingsFaultTest : public FaultTest {
 
     // The setup wizard, which a start without readable settings opens.
     bool waitForWizard() {
-        return waitUntil(
-            [&] {
-                const std::optional<WindowId> window = probe().findClientByClass("Glimmerfold");
-                return window && probe().isViewable(*window);
-            },
-            10s);
+        auto shown = [&] {
+            const std::optional<WindowId> window = probe().findClientByClass("Glimmerfold");
+            return window && probe().isViewable(*window);
+        };
+        return waitUntil(shown, 10s);
     }
 };
 

@@ -8,8 +8,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// One launch goes through both: a window killed under a move and under a resize, then a client
-// stopped in the middle of a move.
 TEST_F(FaultTest, WindowsThatVanishOrStopMidGestureLeaveGlimmerfoldWorking) {
     auto program = start();
     ASSERT_NE(program, nullptr);
@@ -28,9 +26,7 @@ TEST_F(FaultTest, WindowsThatVanishOrStopMidGestureLeaveGlimmerfoldWorking) {
                    GestureHands::expectedFrame(kind, start, *origin, x + 30, y + 20);
         }));
 
-        desktop().killClient(doomed);
-        // The gesture goes on over a window that is gone: every write fails until the keys are
-        // let go.
+        desktop().killClient(doomed);  // every write fails from here until the keys are let go
         for (int step = 1; step <= 10; ++step) {
             input().movePointerTo(x + 30 + 5 * step, y + 20 + 3 * step);
             processEventsFor(10ms);
@@ -40,7 +36,6 @@ TEST_F(FaultTest, WindowsThatVanishOrStopMidGestureLeaveGlimmerfoldWorking) {
         expectGesturesWork(survivor.window, "after the target vanished");
     }
 
-    // Stopped in the middle of a move.
     TestClient& frozen = desktop().startXlogo(150, 150, 240, 180);
     const Rect start = frameOf(frozen.window);
     const int x = static_cast<int>(start.midX());
@@ -71,7 +66,6 @@ class WindowManagerFaultTest : public FaultTest {
         return options;
     }
 
-    // openbox as the harness runs it, so frames land where asked.
     std::unique_ptr<ChildProcess> startOpenbox(const std::string& logName) {
         const std::filesystem::path directory = desktop().directory() / "wm";
         std::filesystem::create_directories(directory);
@@ -95,8 +89,7 @@ TEST_F(WindowManagerFaultTest, GesturesWorkWithoutOneAndAcrossAKilledAndANewWind
     expectGesturesWork(logo.window, "once a window manager started");
 
     ::kill(openbox->pid(), SIGKILL);
-    openbox->waitForExit(5s);
-    // The server hands the window back to the root when the frame's owner dies.
+    openbox->waitForExit(5s);  // the server hands the window back to the root
     ASSERT_TRUE(waitUntil([&] { return probe().frameOf(logo.window) == logo.window; }));
     expectGesturesWork(logo.window, "after the window manager was killed");
 

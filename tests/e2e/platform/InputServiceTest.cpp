@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 
 #include "X11PlatformTest.h"
 #include "platform/InputService.h"
@@ -31,10 +30,30 @@ class InputServiceTest : public X11PlatformTest {
         syncBackend();
         return tap;
     }
+    std::unique_ptr<EventTap> motionTap() {
+        auto tap = recordingTap();
+        if (tap) {
+            tap->setPointerMotionWanted(true);
+            syncBackend();
+        }
+        return tap;
+    }
 
-    // Requests on one connection are handled in order, so after this answer
-    // the backend's event selections are in place on the server.
+    // Requests on one connection are handled in order: after this answer the backend's event
+    // selections are in place on the server.
     void syncBackend() { service().currentPointerPosition(); }
+
+    // Presses and releases `key`, with `held` down around it when given.
+    void tapKey(std::uint32_t key, std::optional<std::uint32_t> held = {}) {
+        if (held) {
+            input().pressKey(*held);
+        }
+        input().pressKey(key);
+        input().releaseKey(key);
+        if (held) {
+            input().releaseKey(*held);
+        }
+    }
 
     std::vector<InputEvent> eventsOfType(InputEventType type) const {
         std::vector<InputEvent> matching;
@@ -52,10 +71,8 @@ class InputServiceTest : public X11PlatformTest {
 };
 
 TEST_F(InputServiceTest, PointerMotionArrivesOnlyWhileWantedAndEnabled) {
-    auto tap = recordingTap();
+    auto tap = motionTap();
     ASSERT_NE(tap, nullptr);
-    tap->setPointerMotionWanted(true);
-    syncBackend();
     input().movePointerTo(410, 320);
     EXPECT_TRUE(receivedEvent({InputEventType::mouseMoved, 0, {410, 320}}));
     input().movePointerBy(30, 10);
@@ -75,9 +92,8 @@ TEST_F(InputServiceTest, PointerMotionArrivesOnlyWhileWantedAndEnabled) {
     tap->setEnabled(false);
     syncBackend();
     events_.clear();
-    input().pressKey(Keysym::controlL);
+    tapKey(Keysym::controlL);
     input().movePointerTo(500, 500);
-    input().releaseKey(Keysym::controlL);
     processEventsFor(200ms);
     EXPECT_TRUE(events_.empty());
     tap->setEnabled(true);
@@ -89,9 +105,8 @@ TEST_F(InputServiceTest, PointerMotionArrivesOnlyWhileWantedAndEnabled) {
 }
 
 TEST_F(InputServiceTest, EventsKeepArrivingWhileAnotherClientHoldsAGrab) {
-    auto tap = recordingTap();
-    tap->setPointerMotionWanted(true);
-    syncBackend();
+    auto tap = motionTap();
+    ASSERT_NE(tap, nullptr);
     xcb_connection_t* c = desktop().connection();
     auto keyboard = xcbReply(c, xcb_grab_keyboard_reply,
                              xcb_grab_keyboard(c, 0, desktop().root(), XCB_CURRENT_TIME,
@@ -112,8 +127,7 @@ TEST_F(InputServiceTest, EventsKeepArrivingWhileAnotherClientHoldsAGrab) {
 
 TEST_F(InputServiceTest, PointerMovedMonitorsReportTheHeldFlags) {
     std::vector<std::uint64_t> reported;
-    auto monitor =
-        service().addPointerMovedMonitor([&](std::uint64_t flags) { reported.push_back(flags); });
+    auto monitor = service().addPointerMovedMonitor([&](auto flags) { reported.push_back(flags); });
     ASSERT_NE(monitor, nullptr);
     syncBackend();
     input().pressKey(Keysym::altL);
@@ -130,21 +144,17 @@ TEST_F(InputServiceTest, PointerMovedMonitorsReportTheHeldFlags) {
 }
 
 TEST_F(InputServiceTest, ANewMasterDeviceInterruptsTheTapUntilItIsEnabledAgain) {
-    auto tap = recordingTap();
-    tap->setPointerMotionWanted(true);
-    syncBackend();
+    auto tap = motionTap();
+    ASSERT_NE(tap, nullptr);
 
     // XIChangeHierarchy with one AddMaster entry named "extra".
     struct AddMaster {
         xcb_input_add_master_t header;
         std::array<char, 8> name;
-    } change{};
-    change.header.type = XCB_INPUT_HIERARCHY_CHANGE_TYPE_ADD_MASTER;
-    change.header.len = sizeof(AddMaster) / 4;
-    change.header.name_len = 5;
-    change.header.send_core = 1;
-    change.header.enable = 1;
-    std::memcpy(change.name.data(), "extra", 5);
+    };
+    const AddMaster change{
+        {XCB_INPUT_HIERARCHY_CHANGE_TYPE_ADD_MASTER, sizeof(AddMaster) / 4, 5, 1, 1},
+        {'e', 'x', 't', 'r', 'a'}};
     xcb_connection_t* c = desktop().connection();
     ASSERT_TRUE(
         xcbSucceeded(c, xcb_input_xi_change_hierarchy_checked(
@@ -171,8 +181,7 @@ class CancelKeyTest : public InputServiceTest {
     void SetUp() override {
         InputServiceTest::SetUp();
         ASSERT_FALSE(HasFatalFailure());
-        tap_ = recordingTap();
-        ASSERT_NE(tap_, nullptr);
+        ASSERT_NE(tap_ = recordingTap(), nullptr);
     }
 
     // Whether some other client holds Escape with some modifiers: the server refuses the same
@@ -190,11 +199,6 @@ class CancelKeyTest : public InputServiceTest {
         return false;
     }
 
-    void tapEscape() {
-        input().pressKey(Keysym::escape);
-        input().releaseKey(Keysym::escape);
-    }
-
     int cancelPresses(std::uint64_t flags) const {
         return static_cast<int>(
             std::count(events_.begin(), events_.end(),
@@ -210,14 +214,10 @@ TEST_F(CancelKeyTest, EscapeIsTakenWithAnyModifiersOnlyWhileAnEnabledTapCaptures
     EXPECT_TRUE(escapeTakenElsewhere());
 
     // Caps Lock on and Shift held count as much as nothing held.
-    input().pressKey(Keysym::capsLock);
-    input().releaseKey(Keysym::capsLock);
-    input().pressKey(Keysym::shiftL);
-    tapEscape();
-    input().releaseKey(Keysym::shiftL);
-    input().pressKey(Keysym::capsLock);
-    input().releaseKey(Keysym::capsLock);
-    tapEscape();
+    tapKey(Keysym::capsLock);
+    tapKey(Keysym::escape, Keysym::shiftL);
+    tapKey(Keysym::capsLock);
+    tapKey(Keysym::escape);
     EXPECT_TRUE(waitUntil([&] { return cancelPresses(0) == 1; }));
     EXPECT_EQ(cancelPresses(ModifierFlag::shift), 1);
 
@@ -241,13 +241,9 @@ TEST_F(CancelKeyTest, ACombinationAnotherClientHoldsStaysItsOwn) {
     tap_->setCancelKeyCaptured(true);
     syncBackend();
 
-    tapEscape();
-    input().pressKey(Keysym::controlL);
-    tapEscape();
-    input().releaseKey(Keysym::controlL);
-    input().pressKey(Keysym::shiftL);
-    tapEscape();
-    input().releaseKey(Keysym::shiftL);
+    tapKey(Keysym::escape);
+    tapKey(Keysym::escape, Keysym::controlL);
+    tapKey(Keysym::escape, Keysym::shiftL);
     EXPECT_TRUE(waitUntil(
         [&] { return cancelPresses(0) == 1 && cancelPresses(ModifierFlag::control) == 1; }));
     int pressesElsewhere = 0;

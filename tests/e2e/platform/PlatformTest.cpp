@@ -2,8 +2,6 @@
 #include <unistd.h>
 #include <xcb/xcb.h>
 
-#include <algorithm>
-#include <array>
 #include <fstream>
 
 #include "X11PlatformTest.h"
@@ -12,10 +10,8 @@
 namespace gf::test {
 namespace {
 
-using namespace std::chrono_literals;
 using PlatformTest = X11PlatformTest;
 
-// One screen as one display is what every snap in the window manager matrix stands on.
 TEST_F(PlatformTest, BothGrantsArePresentInAnX11SessionOnly) {
     GrantService& grants = platform_->grants();
     EXPECT_TRUE(grants.isAccessibilityGranted());
@@ -24,11 +20,9 @@ TEST_F(PlatformTest, BothGrantsArePresentInAnX11SessionOnly) {
     EXPECT_TRUE(grants.requestInputMonitoring());
     for (auto [name, value] :
          {std::pair{"WAYLAND_DISPLAY", "wayland-0"}, std::pair{"XDG_SESSION_TYPE", "wayland"}}) {
-        X11GrantService wayland(
-            true, [name, value](const char* asked) -> std::optional<std::string> {
-                return std::string(asked) == name ? std::optional<std::string>(value)
-                                                  : std::nullopt;
-            });
+        X11GrantService wayland(true, [name, value](const char* asked) {
+            return std::string(asked) == name ? std::optional<std::string>(value) : std::nullopt;
+        });
         EXPECT_FALSE(wayland.isAccessibilityGranted()) << name;
         EXPECT_FALSE(wayland.isInputMonitoringGranted()) << name;
         EXPECT_FALSE(wayland.requestInputMonitoring()) << name;
@@ -41,6 +35,11 @@ class MonitorsOfTwoSizesTest : public X11PlatformTest {
   protected:
     X11Desktop::Options desktopOptions() const override { return {3200, 1080}; }
 
+    void destroy(const std::vector<WindowId>& windows) {
+        for (const WindowId window : windows) {
+            desktop().destroyWindow(window);
+        }
+    }
     std::vector<Rect> usableInRoot() {
         std::vector<Rect> usable;
         for (const DisplayInfo& display : platform_->displays().displays()) {
@@ -63,9 +62,7 @@ TEST_F(MonitorsOfTwoSizesTest, ComePrimaryFirstAndDocksShrinkOnlyTheMonitorTheyA
     EXPECT_EQ(displays[0].frame, (Rect{1280, 0, 1280, 800}));
     EXPECT_EQ(displays[1].frame, (Rect{0, 100, 1280, 600}));
     EXPECT_EQ(usableInRoot(), (std::vector<Rect>{{1280, 0, 1280, 770}, {0, 130, 1280, 570}}));
-    for (const WindowId dock : docks) {
-        desktop().destroyWindow(dock);
-    }
+    destroy(docks);
 
     desktop().setMonitors({{0, 0, 1280, 800}, {1280, 0, 1920, 1080}});
     // The primary's bottom panel ends 280 rows above the root's bottom, which its strut includes.
@@ -77,21 +74,16 @@ TEST_F(MonitorsOfTwoSizesTest, ComePrimaryFirstAndDocksShrinkOnlyTheMonitorTheyA
     EXPECT_EQ(displays[0].frame, (Rect{0, 0, 1280, 800}));
     EXPECT_EQ(displays[1].frame, (Rect{1280, 0, 1920, 1080}));
     EXPECT_EQ(usableInRoot(), (std::vector<Rect>{{0, 0, 1280, 770}, {1280, 0, 1880, 1050}}));
-    for (const WindowId dock : docks) {
-        desktop().destroyWindow(dock);
-    }
+    destroy(docks);
 
     // On the edge between the monitors, measured from the root's edges, each of these struts
     // spans the whole other monitor.
-    const WindowId first =
-        desktop().createDock(1240, 0, 40, 800, strutAlong(Edge::right, 1960, 0, 799));
-    const WindowId second =
-        desktop().createDock(1280, 0, 40, 1080, strutAlong(Edge::left, 1320, 0, 1079));
+    docks = {desktop().createDock(1240, 0, 40, 800, strutAlong(Edge::right, 1960, 0, 799)),
+             desktop().createDock(1280, 0, 40, 1080, strutAlong(Edge::left, 1320, 0, 1079))};
     EXPECT_EQ(usableInRoot(), (std::vector<Rect>{{0, 0, 1240, 800}, {1320, 0, 1880, 1080}}));
+    destroy(docks);
 
     // The same across a horizontal edge: a wide monitor above a narrower one.
-    desktop().destroyWindow(first);
-    desktop().destroyWindow(second);
     desktop().setMonitors({{0, 0, 1920, 540}, {0, 540, 1280, 540}});
     desktop().createDock(0, 510, 1920, 30, strutAlong(Edge::bottom, 570, 0, 1919));
     desktop().createDock(0, 540, 1280, 30, strutAlong(Edge::top, 570, 0, 1279));
@@ -103,8 +95,7 @@ class ApplicationRegistryTest : public X11PlatformTest {
     void SetUp() override {
         X11PlatformTest::SetUp();
         ASSERT_FALSE(HasFatalFailure());
-        // Desktop entries come from a directory of the test's own; set after
-        // openbox started, which looks for its theme in the same places.
+        // Set after openbox started, which looks for its theme in the same places.
         applications_ = std::filesystem::temp_directory_path() /
                         ("glimmerfold-applications-" + std::to_string(getpid()));
         std::filesystem::create_directories(applications_ / "applications");

@@ -34,9 +34,6 @@ class WindowsTest : public X11PlatformTest {
         }
         return nullptr;
     }
-    std::shared_ptr<WindowHandle> handleOf(const TestClient& client) {
-        return handleOf(client.pid, client.window);
-    }
 
     bool frameBecomes(WindowId window, Rect expected) {
         return waitUntil([&] { return probe().frameGeometry(window) == expected; });
@@ -57,11 +54,10 @@ TEST_F(WindowsTest, WindowAtGivesTheClientUnderThePointerWithItsOuterFrameInStac
         EXPECT_EQ(found->bounds, frame);
     }
     EXPECT_EQ(server().windowAt({150, 150})->windowNumber, back.window);
-    std::vector<WindowId> order;
-    for (const WindowDescription& window : server().onScreenWindows()) {
-        order.push_back(window.windowNumber);
-    }
-    EXPECT_EQ(order, (std::vector<WindowId>{front.window, back.window}));
+    const std::vector<WindowDescription> all = server().onScreenWindows();
+    ASSERT_EQ(all.size(), 2u);
+    EXPECT_EQ(all[0].windowNumber, front.window);
+    EXPECT_EQ(all[1].windowNumber, back.window);
 
     // The last pixel row and column are the window's, the right and bottom edges are not.
     auto at = [&](Point p) { return server().windowAt(p).value_or(WindowDescription{}); };
@@ -115,17 +111,14 @@ TEST_F(WindowsTest, LayersFollowTheWindowTypesAndTheListLooksBelowADock) {
     EXPECT_EQ(firstOrdinary->windowNumber, logo.window);
 }
 
-// Moves and resizes to the pixel are the window manager matrix's; here the edges of the contract.
 TEST_F(WindowsTest, PositionAndSizeLandTheOuterFrameToThePixel) {
     TestClient& logo = desktop().startXlogo(100, 80, 200, 150);
-    auto handle = handleOf(logo);
+    auto handle = handleOf(logo.pid, logo.window);
     ASSERT_NE(handle, nullptr);
     const Rect before = *probe().frameGeometry(logo.window);
-    // Decorations included: the frame is larger than the client.
     EXPECT_EQ(handle->position(), before.origin());
     EXPECT_EQ(handle->size(), before.size());
-    EXPECT_GT(handle->size()->width, 200);
-    // Partly off the screen to the top left is allowed too.
+    EXPECT_GT(handle->size()->width, 200) << "the frame, decorations included";
     ASSERT_TRUE(handle->setPosition({-20, 5}));
     EXPECT_TRUE(frameBecomes(logo.window, {-20, 5, before.width, before.height}));
     // Sent back to back, faster than the window manager applies them.
@@ -144,7 +137,6 @@ TEST_F(WindowsTest, PositionAndSizeLandTheOuterFrameToThePixel) {
     EXPECT_EQ(handle->isSizeSettable(), true);
 }
 
-// Without a window manager the backend changes the windows itself.
 class WithoutWindowManagerTest : public WindowsTest {
   protected:
     X11Desktop::Options desktopOptions() const override { return {1280, 800, WindowManager::none}; }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -25,26 +26,18 @@ enum class Edge { left, right, top, bottom };
 // A dock's strut: `size` pixels reserved from one edge of the root, over [first, last] along it.
 inline StrutPartial strutAlong(Edge edge, std::uint32_t size, std::uint32_t first,
                                std::uint32_t last) {
+    using Field = std::uint32_t StrutPartial::*;
+    constexpr std::array<std::array<Field, 3>, 4> fields{{
+        {&StrutPartial::left, &StrutPartial::leftStartY, &StrutPartial::leftEndY},
+        {&StrutPartial::right, &StrutPartial::rightStartY, &StrutPartial::rightEndY},
+        {&StrutPartial::top, &StrutPartial::topStartX, &StrutPartial::topEndX},
+        {&StrutPartial::bottom, &StrutPartial::bottomStartX, &StrutPartial::bottomEndX},
+    }};
+    const auto [width, start, end] = fields[static_cast<std::size_t>(edge)];
     StrutPartial strut;
-    auto reserve = [&](std::uint32_t& width, std::uint32_t& start, std::uint32_t& end) {
-        width = size;
-        start = first;
-        end = last;
-    };
-    switch (edge) {
-        case Edge::left:
-            reserve(strut.left, strut.leftStartY, strut.leftEndY);
-            break;
-        case Edge::right:
-            reserve(strut.right, strut.rightStartY, strut.rightEndY);
-            break;
-        case Edge::top:
-            reserve(strut.top, strut.topStartX, strut.topEndX);
-            break;
-        case Edge::bottom:
-            reserve(strut.bottom, strut.bottomStartX, strut.bottomEndX);
-            break;
-    }
+    strut.*width = size;
+    strut.*start = first;
+    strut.*end = last;
     return strut;
 }
 

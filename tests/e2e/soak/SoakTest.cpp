@@ -1,16 +1,14 @@
-// Thousands of gestures, moves and resizes with magnetics and auto raise on, over windows that are
-// created and destroyed at random, some of them in the middle of a gesture, against the real
-// program. Nothing may crash or leak, no gesture may outlive its keys, and the diagnostic log may
-// only hold the line of the one event tap that was started.
-//
-// GLIMMERFOLD_SOAK_GESTURES and GLIMMERFOLD_SOAK_SEED in the environment override the count and
-// the random seed; a failure names the seed and the gesture.
+// Thousands of gestures with magnetics and auto raise on, over windows created and destroyed at
+// random (some mid-gesture), against the real program: nothing crashes or leaks, no gesture
+// outlives its keys, and the log holds only the event tap's line. GLIMMERFOLD_SOAK_GESTURES and
+// GLIMMERFOLD_SOAK_SEED override the count and seed; a failure names both.
 #include <gtest/gtest.h>
 #include <signal.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <random>
+#include <utility>
 
 #include "x11/GlimmerfoldDesktopTest.h"
 
@@ -21,13 +19,11 @@ using namespace std::chrono_literals;
 
 constexpr int kScreenWidth = 1280;
 constexpr int kScreenHeight = 800;
-// The tray host sits at the top right; windows stay below it and inside the screen, so that every
-// gesture has room to go either way.
+// Below the tray host and inside the screen, so that every gesture has room to go either way.
 constexpr Rect kArena{30, 60, kScreenWidth - 60, kScreenHeight - 90};
 constexpr int kMinimumWindows = 2;
 constexpr int kMaximumWindows = 7;
-// After the keys are let go the pointer moves on; a gesture still running would take the window
-// along within a few of its 8 ms ticks.
+// A gesture outliving its keys would move the window within a few of its 8 ms ticks.
 constexpr auto kAfterReleaseWatch = 100ms;
 
 int environmentNumber(const char* name, int fallback) {
@@ -52,6 +48,10 @@ class SoakTest : public GlimmerfoldDesktopTest {
     int random(int low, int high) { return std::uniform_int_distribution(low, high)(random_); }
     bool chance(double probability) { return std::bernoulli_distribution(probability)(random_); }
 
+    WindowId randomWindow() {
+        return windows_[static_cast<std::size_t>(random(0, static_cast<int>(windows_.size()) - 1))];
+    }
+
     void createWindow() {
         TestWindowOptions options;
         options.width = random(140, 320);
@@ -72,26 +72,22 @@ class SoakTest : public GlimmerfoldDesktopTest {
     // The window the user would grab at (x, y): the front-most of ours whose frame holds it.
     std::optional<WindowId> windowAt(int x, int y) const {
         for (const WindowId client : probe().clientsFrontToBack()) {
-            if (std::find(windows_.begin(), windows_.end(), client) == windows_.end()) {
-                continue;
-            }
             const std::optional<Rect> frame = probe().frameGeometry(client);
-            if (frame && frame->contains(Point{static_cast<double>(x), static_cast<double>(y)})) {
+            if (std::ranges::find(windows_, client) != windows_.end() && frame &&
+                frame->contains(Point{static_cast<double>(x), static_cast<double>(y)})) {
                 return client;
             }
         }
         return std::nullopt;
     }
 
-    // A window and a point on it for the next gesture. Glimmerfold may read the pointer only after
-    // the first nudge or two (GestureHands), so those points must show the same window too. A
-    // resize takes hold inside the bottom-right corner and shrinks a large window or grows a small
-    // one; a move takes hold anywhere and heads for the middle of the screen.
+    // A window and a point on it for the next gesture; Glimmerfold may read the pointer only after
+    // the first nudge or two, so those points must show the same window too. A resize shrinks a
+    // large window or grows a small one; a move heads for the middle of the screen.
     std::optional<Grab> chooseGrab(GestureKind kind) {
         constexpr int kNudge = 12;
         for (int attempt = 0; attempt < 50; ++attempt) {
-            const WindowId window = windows_[static_cast<std::size_t>(
-                random(0, static_cast<int>(windows_.size()) - 1))];
+            const WindowId window = randomWindow();
             const std::optional<Rect> frame = probe().frameGeometry(window);
             if (!frame) {
                 continue;
@@ -118,21 +114,18 @@ class SoakTest : public GlimmerfoldDesktopTest {
         return std::nullopt;
     }
 
-    // Waits until the frame has stopped changing, as it does once the last pointer position has
-    // been applied.
+    // The frame once it has stopped changing, that is, once the last pointer position is applied.
     std::optional<Rect> settledFrame(WindowId window) {
         // Unchanged for 60 ms: on a loaded machine the last motion may take longer than one read.
         std::optional<Rect> last = probe().frameGeometry(window);
         int unchanged = 0;
-        waitUntil(
-            [&] {
-                processEventsFor(20ms);
-                const std::optional<Rect> now = probe().frameGeometry(window);
-                unchanged = now == last ? unchanged + 1 : 0;
-                last = now;
-                return unchanged >= 3;
-            },
-            2s);
+        auto settled = [&] {
+            processEventsFor(20ms);
+            const std::optional<Rect> before = std::exchange(last, probe().frameGeometry(window));
+            unchanged = before == last ? unchanged + 1 : 0;
+            return unchanged >= 3;
+        };
+        waitUntil(settled, 2s);
         return last;
     }
 
@@ -159,8 +152,7 @@ TEST_F(SoakTest, GesturesOverWindowsThatComeAndGo) {
             createWindow();
         }
         if (static_cast<int>(windows_.size()) > kMinimumWindows && chance(0.1)) {
-            destroyWindow(windows_[static_cast<std::size_t>(
-                random(0, static_cast<int>(windows_.size()) - 1))]);
+            destroyWindow(randomWindow());
         }
 
         const GestureKind kind = chance(0.6) ? GestureKind::move : GestureKind::resize;
@@ -172,7 +164,6 @@ TEST_F(SoakTest, GesturesOverWindowsThatComeAndGo) {
             << " did not begin, grabbed at " << x << "," << y << "\n"
             << glimmerfold().output();
 
-        // A few steps that keep the frame inside the arena (resizes within sensible sizes).
         const bool destroyMidway =
             chance(0.04) && static_cast<int>(windows_.size()) > kMinimumWindows;
         const int steps = random(2, 6);
@@ -199,9 +190,8 @@ TEST_F(SoakTest, GesturesOverWindowsThatComeAndGo) {
             processEventsFor(kAfterReleaseWatch);
             const std::optional<Rect> after = probe().frameGeometry(target);
             ASSERT_EQ(after, beforeRelease) << "the gesture went on after its keys were let go";
-            // A frame that wandered off the arena, or grew or shrank out of the sizes a gesture
-            // can take hold of both ways (a resize that shrinks a window already at its smallest
-            // shows nothing), is replaced, so later gestures have room.
+            // A frame off the arena, or out of the sizes a gesture can take hold of both ways, is
+            // replaced so that later gestures have room.
             const bool offArena = !kArena.contains(after->origin()) ||
                                   after->maxX() > kArena.maxX() || after->maxY() > kArena.maxY();
             const bool offSize = after->width > 360 || after->height > 280 || after->width < 120 ||
@@ -214,7 +204,6 @@ TEST_F(SoakTest, GesturesOverWindowsThatComeAndGo) {
         ASSERT_TRUE(program->isRunning()) << glimmerfold().output();
     }
 
-    // One event tap was started, so the log holds its line and nothing else.
     const std::vector<std::string> log = glimmerfold().logLines();
     ASSERT_EQ(log.size(), 1u) << fileText(glimmerfold().logFile());
     EXPECT_NE(log[0].find("] [EventTap] Created and enabled successfully."), std::string::npos)
