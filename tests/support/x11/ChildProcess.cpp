@@ -171,12 +171,18 @@ std::string fileText(const std::filesystem::path& path) {
     return text.str();
 }
 
-std::string lastLines(const std::filesystem::path& file, std::size_t lines) {
+std::vector<std::string> linesOf(const std::filesystem::path& file) {
     std::ifstream stream(file);
-    std::vector<std::string> all;
+    std::vector<std::string> lines;
     for (std::string line; std::getline(stream, line);) {
-        all.push_back(line);
+        lines.push_back(line);
     }
+    return lines;
+}
+
+// Indented for a failure message.
+std::string lastLines(const std::filesystem::path& file, std::size_t lines) {
+    const std::vector<std::string> all = linesOf(file);
     std::ostringstream text;
     for (std::size_t i = all.size() > lines ? all.size() - lines : 0; i < all.size(); ++i) {
         text << "  " << all[i] << "\n";

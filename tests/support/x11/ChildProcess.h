@@ -33,7 +33,7 @@ class ChildProcess {
     pid_t pid() const { return pid_; }
     bool isRunning();
 
-    // The exit status; nullopt when still running at the timeout or killed by a signal.
+    // nullopt when still running at the timeout or killed by a signal.
     std::optional<int> waitForExit(std::chrono::milliseconds timeout);
     // SIGTERM, then SIGKILL after the grace period; returns once the child is reaped.
     void terminate(std::chrono::milliseconds grace = std::chrono::milliseconds(2000));
@@ -50,7 +50,7 @@ class ChildProcess {
 // The first line written to the descriptor; nullopt when it is closed first or time runs out.
 std::optional<std::string> readLine(int fd, std::chrono::milliseconds timeout);
 std::string fileText(const std::filesystem::path& path);  // empty when it cannot be read
-// The file's last lines, indented for a failure message.
+std::vector<std::string> linesOf(const std::filesystem::path& file);
 std::string lastLines(const std::filesystem::path& file, std::size_t lines);
 
 }  // namespace gf::test

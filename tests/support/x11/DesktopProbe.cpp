@@ -35,21 +35,24 @@ std::vector<std::uint32_t> DesktopProbe::cardinals(WindowId window, const char* 
     return propertyValues32(reply.get());
 }
 
+auto DesktopProbe::attributes(WindowId window) const {
+    return xcbReply(connection_, xcb_get_window_attributes_reply,
+                    xcb_get_window_attributes(connection_, window));
+}
+
+auto DesktopProbe::tree(WindowId window) const {
+    return xcbReply(connection_, xcb_query_tree_reply, xcb_query_tree(connection_, window));
+}
+
 std::vector<WindowId> DesktopProbe::children(WindowId window) const {
-    auto tree = xcbReply(connection_, xcb_query_tree_reply, xcb_query_tree(connection_, window));
-    if (!tree) {
-        return {};
-    }
-    const xcb_window_t* list = xcb_query_tree_children(tree.get());
-    return {list, list + xcb_query_tree_children_length(tree.get())};
+    const auto reply = tree(window);
+    const xcb_window_t* list = reply ? xcb_query_tree_children(reply.get()) : nullptr;
+    return {list, list + (reply ? xcb_query_tree_children_length(reply.get()) : 0)};
 }
 
 std::optional<WindowId> DesktopProbe::parentOf(WindowId window) const {
-    auto tree = xcbReply(connection_, xcb_query_tree_reply, xcb_query_tree(connection_, window));
-    if (!tree || tree->parent == XCB_WINDOW_NONE) {
-        return std::nullopt;
-    }
-    return tree->parent;
+    const auto reply = tree(window);
+    return reply && reply->parent != XCB_WINDOW_NONE ? std::optional(reply->parent) : std::nullopt;
 }
 
 std::optional<WindowId> DesktopProbe::frameOf(WindowId client) const {
@@ -71,17 +74,11 @@ std::optional<Rect> DesktopProbe::frameGeometry(WindowId client) const {
 }
 
 std::optional<Rect> DesktopProbe::visibleFrame(WindowId client) const {
-    auto origin = xcbReply(connection_, xcb_translate_coordinates_reply,
-                           xcb_translate_coordinates(connection_, client, root_, 0, 0));
-    auto geometry =
-        xcbReply(connection_, xcb_get_geometry_reply, xcb_get_geometry(connection_, client));
-    if (!origin || !geometry) {
+    std::optional<Rect> own = rootRectangle(client, true);
+    if (!own) {
         return std::nullopt;
     }
-    // The translated origin is inside the border; the border is drawn around it.
-    const double border = geometry->border_width;
-    Rect visible{origin->dst_x - border, origin->dst_y - border, geometry->width + 2 * border,
-                 geometry->height + 2 * border};
+    Rect visible = *own;
     if (const std::vector<std::uint32_t> inside = clientSideExtents(client); inside.size() == 4) {
         visible = {visible.x + inside[0], visible.y + inside[2],
                    visible.width - inside[0] - inside[1], visible.height - inside[2] - inside[3]};
@@ -165,19 +162,13 @@ std::optional<WindowId> DesktopProbe::activeWindow() const {
     return active.front();
 }
 
-bool DesktopProbe::windowManagerRuns() const {
-    return !cardinals(root_, "_NET_SUPPORTING_WM_CHECK", 1).empty();
-}
-
 bool DesktopProbe::isViewable(WindowId window) const {
-    auto attributes = xcbReply(connection_, xcb_get_window_attributes_reply,
-                               xcb_get_window_attributes(connection_, window));
-    return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
+    const auto reply = attributes(window);
+    return reply && reply->map_state == XCB_MAP_STATE_VIEWABLE;
 }
 
 bool DesktopProbe::exists(WindowId window) const {
-    return xcbReply(connection_, xcb_get_window_attributes_reply,
-                    xcb_get_window_attributes(connection_, window)) != nullptr;
+    return attributes(window) != nullptr;
 }
 
 bool DesktopProbe::isManaged(WindowId client) const {
@@ -185,28 +176,22 @@ bool DesktopProbe::isManaged(WindowId client) const {
            (!windowManagerRuns() || frameExtents(client).size() == 4);
 }
 
-std::vector<std::uint32_t> DesktopProbe::frameExtents(WindowId client) const {
-    return cardinals(client, "_NET_FRAME_EXTENTS", 4);
-}
-
-std::vector<std::uint32_t> DesktopProbe::clientSideExtents(WindowId client) const {
-    return cardinals(client, "_GTK_FRAME_EXTENTS", 4);
-}
-
 bool DesktopProbe::hasState(WindowId client, const std::string& state) const {
     return std::ranges::count(cardinals(client, "_NET_WM_STATE", 64), atom(state)) > 0;
 }
 
-std::optional<Rect> DesktopProbe::rootGeometry(WindowId window) const {
+std::optional<Rect> DesktopProbe::rootRectangle(WindowId window, bool withBorder) const {
     const auto geometry =
         xcbReply(connection_, xcb_get_geometry_reply, xcb_get_geometry(connection_, window));
-    const auto translated = xcbReply(connection_, xcb_translate_coordinates_reply,
-                                     xcb_translate_coordinates(connection_, window, root_, 0, 0));
-    if (!geometry || !translated) {
+    const auto origin = xcbReply(connection_, xcb_translate_coordinates_reply,
+                                 xcb_translate_coordinates(connection_, window, root_, 0, 0));
+    if (!geometry || !origin) {
         return std::nullopt;
     }
-    return Rect{static_cast<double>(translated->dst_x), static_cast<double>(translated->dst_y),
-                static_cast<double>(geometry->width), static_cast<double>(geometry->height)};
+    // The translated origin is inside the border; the border is drawn around it.
+    const double border = withBorder ? geometry->border_width : 0;
+    return Rect{origin->dst_x - border, origin->dst_y - border, geometry->width + 2 * border,
+                geometry->height + 2 * border};
 }
 
 std::optional<std::int32_t> DesktopProbe::pidOf(WindowId client) const {
@@ -232,13 +217,16 @@ std::optional<std::string> DesktopProbe::classOf(WindowId client) const {
     if (!reply || reply->format != 8) {
         return std::nullopt;
     }
-    const std::string both(static_cast<const char*>(xcb_get_property_value(reply.get())),
-                           static_cast<std::size_t>(xcb_get_property_value_length(reply.get())));
-    const std::size_t separator = both.find('\0');
-    if (separator == std::string::npos) {
-        return std::nullopt;
-    }
-    return std::string(both.c_str() + separator + 1);
+    return classPart(
+        std::string(static_cast<const char*>(xcb_get_property_value(reply.get())),
+                    static_cast<std::size_t>(xcb_get_property_value_length(reply.get()))));
+}
+
+std::optional<std::string> classPart(const std::string& wmClass) {
+    const std::size_t separator = wmClass.find('\0');
+    return separator == std::string::npos
+               ? std::nullopt
+               : std::optional(std::string(wmClass.c_str() + separator + 1));
 }
 
 std::vector<WindowId> DesktopProbe::allClients() const {
@@ -247,39 +235,37 @@ std::vector<WindowId> DesktopProbe::allClients() const {
     for (WindowId topLevel : rootChildrenBottomToTop()) {
         if (const std::optional<WindowId> client = clientAtOrBelow(topLevel)) {
             clients.push_back(*client);
-        } else if (!managed && isViewable(topLevel)) {
-            auto attributes = xcbReply(connection_, xcb_get_window_attributes_reply,
-                                       xcb_get_window_attributes(connection_, topLevel));
-            if (attributes && attributes->override_redirect == 0) {
-                clients.push_back(topLevel);
-            }
+        } else if (const auto reply = managed ? nullptr : attributes(topLevel);
+                   reply && reply->map_state == XCB_MAP_STATE_VIEWABLE &&
+                   reply->override_redirect == 0) {
+            clients.push_back(topLevel);
         }
     }
     return clients;
 }
 
-std::optional<WindowId> DesktopProbe::findClientByPid(std::int32_t pid) const {
+std::optional<WindowId> DesktopProbe::findClient(
+    const std::function<bool(WindowId)>& matches) const {
     const std::vector<WindowId> clients = allClients();
-    const auto found = std::ranges::find_if(clients, [&](WindowId c) { return pidOf(c) == pid; });
+    const auto found = std::ranges::find_if(clients, matches);
     return found == clients.end() ? std::nullopt : std::optional(*found);
 }
 
+std::optional<WindowId> DesktopProbe::findClientByPid(std::int32_t pid) const {
+    return findClient([&](WindowId c) { return pidOf(c) == pid; });
+}
+
 std::optional<WindowId> DesktopProbe::findClientByClass(const std::string& windowClass) const {
-    const std::vector<WindowId> clients = allClients();
-    const auto found =
-        std::ranges::find_if(clients, [&](WindowId c) { return classOf(c) == windowClass; });
-    return found == clients.end() ? std::nullopt : std::optional(*found);
+    return findClient([&](WindowId c) { return classOf(c) == windowClass; });
 }
 
 std::vector<Rect> DesktopProbe::monitors() const {
     auto reply = xcbReply(connection_, xcb_randr_get_monitors_reply,
                           xcb_randr_get_monitors(connection_, root_, 1));
     std::vector<Rect> monitors;
-    if (!reply) {
-        return monitors;
-    }
-    for (auto it = xcb_randr_get_monitors_monitors_iterator(reply.get()); it.rem > 0;
-         xcb_randr_monitor_info_next(&it)) {
+    for (auto it = reply ? xcb_randr_get_monitors_monitors_iterator(reply.get())
+                         : xcb_randr_monitor_info_iterator_t{};
+         it.rem > 0; xcb_randr_monitor_info_next(&it)) {
         monitors.push_back({static_cast<double>(it.data->x), static_cast<double>(it.data->y),
                             static_cast<double>(it.data->width),
                             static_cast<double>(it.data->height)});

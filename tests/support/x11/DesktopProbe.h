@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -20,18 +21,15 @@ class DesktopProbe {
   public:
     DesktopProbe(xcb_connection_t* connection, WindowId root);
 
-    // The root's child holding the client: the window manager's frame.
-    std::optional<WindowId> frameOf(WindowId client) const;
-    // The frame's rectangle in root coordinates, border included.
-    std::optional<Rect> frameGeometry(WindowId client) const;
-    // The client as the user sees it: its own rectangle less _GTK_FRAME_EXTENTS plus
-    // _NET_FRAME_EXTENTS, taken from the client so that invisible parts of a frame cannot blur it.
+    std::optional<WindowId> frameOf(WindowId client) const;    // the root's child holding it
+    std::optional<Rect> frameGeometry(WindowId client) const;  // border included
+    // Its own rectangle less _GTK_FRAME_EXTENTS plus _NET_FRAME_EXTENTS: invisible parts of a
+    // frame cannot blur it.
     std::optional<Rect> visibleFrame(WindowId client) const;
 
     std::vector<WindowId> rootChildrenBottomToTop() const { return children(root_); }
-    // Mapped clients (windows carrying WM_STATE), front first.
-    std::vector<WindowId> clientsFrontToBack() const;
-    bool isAbove(WindowId a, WindowId b) const;  // a's frame stacked above b's
+    std::vector<WindowId> clientsFrontToBack() const;  // mapped windows carrying WM_STATE
+    bool isAbove(WindowId a, WindowId b) const;        // a's frame stacked above b's
 
     std::optional<WindowId> focusedClient() const;
     std::optional<WindowId> activeWindow() const;  // _NET_ACTIVE_WINDOW unless None
@@ -41,16 +39,19 @@ class DesktopProbe {
     // WM_STATE given and, under a window manager that decorates, _NET_FRAME_EXTENTS too.
     bool isManaged(WindowId client) const;
     // _NET_FRAME_EXTENTS and _GTK_FRAME_EXTENTS (left, right, top, bottom); empty when none.
-    std::vector<std::uint32_t> frameExtents(WindowId client) const;
-    std::vector<std::uint32_t> clientSideExtents(WindowId client) const;
+    std::vector<std::uint32_t> frameExtents(WindowId client) const {
+        return cardinals(client, "_NET_FRAME_EXTENTS", 4);
+    }
+    std::vector<std::uint32_t> clientSideExtents(WindowId client) const {
+        return cardinals(client, "_GTK_FRAME_EXTENTS", 4);
+    }
 
     bool hasState(WindowId client, const std::string& state) const;
-    // Any window's own rectangle (no frame around it) in root coordinates.
-    std::optional<Rect> rootGeometry(WindowId window) const;
+    // Its own, without a frame.
+    std::optional<Rect> rootGeometry(WindowId window) const { return rootRectangle(window, false); }
 
     std::optional<std::string> classOf(WindowId client) const;
-    // Every window with WM_STATE, mapped or not; without a window manager, every mapped
-    // top-level window but menus.
+    // Every window with WM_STATE; without a window manager, every mapped top-level but menus.
     std::vector<WindowId> allClients() const;
     std::optional<WindowId> findClientByPid(std::int32_t pid) const;
     std::optional<WindowId> findClientByClass(const std::string& windowClass) const;
@@ -60,11 +61,17 @@ class DesktopProbe {
     std::uint32_t atom(const std::string& name) const;
 
   private:
+    auto attributes(WindowId window) const;
+    auto tree(WindowId window) const;
+    std::optional<WindowId> findClient(const std::function<bool(WindowId)>& matches) const;
+    std::optional<Rect> rootRectangle(WindowId window, bool withBorder) const;
     std::optional<WindowId> clientAtOrBelow(WindowId window) const;
     std::vector<WindowId> children(WindowId window) const;
     std::optional<WindowId> parentOf(WindowId window) const;
     bool hasWmState(WindowId window) const;
-    bool windowManagerRuns() const;
+    bool windowManagerRuns() const {
+        return !cardinals(root_, "_NET_SUPPORTING_WM_CHECK", 1).empty();
+    }
     std::optional<std::int32_t> pidOf(WindowId client) const;
     std::vector<std::uint32_t> cardinals(WindowId window, const char* property,
                                          std::uint32_t count) const;
@@ -73,5 +80,8 @@ class DesktopProbe {
     WindowId root_;
     mutable std::map<std::string, std::uint32_t> atoms_;
 };
+
+// The class part of a WM_CLASS value ("instance\0class\0"); nullopt without one.
+std::optional<std::string> classPart(const std::string& wmClass);
 
 }  // namespace gf::test

@@ -8,22 +8,19 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Each nudge goes farther than the default snapping distance beyond the one before: a move begins
-// where the pointer is when Glimmerfold sees the keys, possibly after an earlier nudge, and the
-// window's own edges at that moment are snap lines that hold it for anything less.
+// Beyond the snapping distance per nudge: the window's own edges where the move began hold it.
 constexpr int kNudgeStep = 12;
 constexpr int kNudges = 4;
-// Each nudge waits twice as long as the one before, for a program slowed down by the sanitizers
-// or a busy machine.
-constexpr auto kFirstNudgeWait = 250ms;
+constexpr auto kFirstNudgeWait = 250ms;  // doubled per nudge, for sanitizers or a busy machine
 
 std::uint32_t secondKey(GestureKind kind) {
     return kind == GestureKind::move ? Keysym::superL : Keysym::altL;
 }
 
-bool followed(GestureKind kind, const Rect& before, const Rect& now) {
-    return kind == GestureKind::move ? now.x != before.x || now.y != before.y
-                                     : now.width != before.width || now.height != before.height;
+// How far the gesture took the frame: its position for a move, its size for a resize.
+Point shift(GestureKind kind, const Rect& before, const Rect& now) {
+    return kind == GestureKind::move ? Point{now.x - before.x, now.y - before.y}
+                                     : Point{now.width - before.width, now.height - before.height};
 }
 
 }  // namespace
@@ -37,10 +34,8 @@ GestureHands::GestureHands(X11Desktop& desktop) : desktop_(desktop) {}
 Rect GestureHands::expectedFrame(GestureKind kind, const Rect& start, Point origin, int x, int y) {
     const double dx = x - origin.x;
     const double dy = y - origin.y;
-    if (kind == GestureKind::move) {
-        return {start.x + dx, start.y + dy, start.width, start.height};
-    }
-    return {start.x, start.y, start.width + dx, start.height + dy};
+    return kind == GestureKind::move ? Rect{start.x + dx, start.y + dy, start.width, start.height}
+                                     : Rect{start.x, start.y, start.width + dx, start.height + dy};
 }
 
 std::optional<Point> GestureHands::nudgeUntilFollowed(GestureKind kind, WindowId window,
@@ -56,15 +51,12 @@ std::optional<Point> GestureHands::nudgeUntilFollowed(GestureKind kind, WindowId
         if (waitUntil(
                 [&] {
                     now = probe.frameGeometry(window);
-                    return now && followed(kind, before, *now);
+                    return now && shift(kind, before, *now) != Point{0, 0};
                 },
                 wait)) {
             // The frame moved (or grew) by as much as the pointer has since the gesture's start.
-            const double dx =
-                kind == GestureKind::move ? now->x - before.x : now->width - before.width;
-            const double dy =
-                kind == GestureKind::move ? now->y - before.y : now->height - before.height;
-            return Point{nudgedX - dx, nudgedY - dy};
+            const Point moved = shift(kind, before, *now);
+            return Point{nudgedX - moved.x, nudgedY - moved.y};
         }
     }
     return std::nullopt;

@@ -4,8 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <fstream>
-#include <sstream>
 
 #include "x11/WaitUntil.h"
 #include "x11/X11Desktop.h"
@@ -15,15 +13,6 @@ namespace gf::test {
 namespace {
 
 constexpr const char* kEventTapCreated = "[EventTap] Created and enabled successfully.";
-
-std::vector<std::string> linesOf(const std::string& text) {
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);) {
-        lines.push_back(line);
-    }
-    return lines;
-}
 
 }  // namespace
 
@@ -61,20 +50,15 @@ std::optional<std::string> GlimmerfoldLauncher::sandboxUnavailable() {
         options.outputFile = tmp / ("glimmerfold-sandbox-check-" + std::to_string(::getpid()));
         std::string error;
         auto check = ChildProcess::start(options, &error);
-        std::optional<int> status =
+        const std::optional<int> status =
             check ? check->waitForExit(std::chrono::seconds(10)) : std::nullopt;
         const std::string said = fileText(options.outputFile);
         std::filesystem::remove(options.outputFile);
-        if (status == 0) {
-            return std::nullopt;
-        }
-        return "the test sandbox cannot run here: " + (check ? said : error);
+        return status == 0
+                   ? std::nullopt
+                   : std::optional("the test sandbox cannot run here: " + (check ? said : error));
     }();
     return reason;
-}
-
-std::filesystem::path GlimmerfoldLauncher::settingsFile() const {
-    return home_ / "config/glimmerfold/glimmerfold.conf";
 }
 
 std::string GlimmerfoldLauncher::settingsWith(const std::vector<std::string>& lines) {
@@ -83,18 +67,6 @@ std::string GlimmerfoldLauncher::settingsWith(const std::vector<std::string>& li
         text += line + "\n";
     }
     return text;
-}
-
-void GlimmerfoldLauncher::writeSettings(const std::string& contents) const {
-    std::ofstream(settingsFile(), std::ios::binary | std::ios::trunc) << contents;
-}
-
-std::string GlimmerfoldLauncher::settingsText() const {
-    return fileText(settingsFile());
-}
-
-void GlimmerfoldLauncher::setEnvironment(const std::string& name, const std::string& value) {
-    environment_.emplace_back(name, value);
 }
 
 std::unique_ptr<ChildProcess> GlimmerfoldLauncher::launch(
@@ -129,35 +101,20 @@ std::unique_ptr<ChildProcess> GlimmerfoldLauncher::launch(
     return ChildProcess::start(options, &error_);
 }
 
-std::string GlimmerfoldLauncher::output(const std::string& outputName) const {
-    return fileText(desktop_.directory() / outputName);
-}
-
-std::vector<std::string> GlimmerfoldLauncher::outputLines(const std::string& outputName) const {
-    return linesOf(output(outputName));
-}
-
 std::string GlimmerfoldLauncher::sanitizerReports() const {
     std::string reports;
     for (const std::string& name : outputNames_) {
         const std::string text = output(name);
-        for (const char* mark : {"Sanitizer", "runtime error:"}) {
-            if (text.find(mark) != std::string::npos) {
-                reports += name + ":\n" + text;
-                break;
-            }
+        if (text.find("Sanitizer") != std::string::npos ||
+            text.find("runtime error:") != std::string::npos) {
+            reports += name + ":\n" + text;
         }
     }
     return reports;
 }
 
-std::vector<std::string> GlimmerfoldLauncher::logLines() const {
-    return linesOf(fileText(logFile()));
-}
-
 std::size_t GlimmerfoldLauncher::eventTapsLogged() const {
-    const std::vector<std::string> lines = logLines();
-    return static_cast<std::size_t>(std::count_if(lines.begin(), lines.end(), [](const auto& line) {
+    return static_cast<std::size_t>(std::ranges::count_if(logLines(), [](const auto& line) {
         return line.find(kEventTapCreated) != std::string::npos;
     }));
 }

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <optional>
 #include <string>
@@ -9,10 +10,9 @@
 #include <vector>
 
 #include "x11/ChildProcess.h"
+#include "x11/X11Desktop.h"
 
 namespace gf::test {
-
-class X11Desktop;
 
 // The real program on a private desktop with a home of its own in the desktop's directory, so
 // nothing of the machine's is touched. Sandboxed, it runs through glimmerfold-test-sandbox as an
@@ -28,34 +28,41 @@ class GlimmerfoldLauncher {
     GlimmerfoldLauncher(X11Desktop& desktop, Options options);
     explicit GlimmerfoldLauncher(X11Desktop& desktop) : GlimmerfoldLauncher(desktop, Options{}) {}
 
-    // Why the sandbox cannot run here (no user namespaces); nullopt when it can.
-    static std::optional<std::string> sandboxUnavailable();
+    static std::optional<std::string> sandboxUnavailable();  // why it cannot run here, if so
     static std::string executable();
 
-    std::filesystem::path settingsFile() const;
+    std::filesystem::path settingsFile() const {
+        return home_ / "config/glimmerfold/glimmerfold.conf";
+    }
     std::filesystem::path runtimeDirectory() const { return home_ / "runtime"; }
     std::filesystem::path logFile() const { return privateTmp_ / "glimmerfold.log"; }
 
-    // A completed setup's settings followed by these lines.
     static std::string settingsWith(const std::vector<std::string>& lines = {});
-    void writeSettings(const std::string& contents) const;
-    std::string settingsText() const;
+    void writeSettings(const std::string& contents) const {
+        std::ofstream(settingsFile(), std::ios::binary | std::ios::trunc) << contents;
+    }
+    std::string settingsText() const { return fileText(settingsFile()); }
 
     // Added to the program's environment at every later launch.
-    void setEnvironment(const std::string& name, const std::string& value);
+    void setEnvironment(const std::string& name, const std::string& value) {
+        environment_.emplace_back(name, value);
+    }
 
-    // Its output goes to `outputName` in the desktop's directory; nullptr with error() when the
-    // program cannot be started.
+    // Its output goes to `outputName` in the desktop's directory; nullptr with error() if it fails.
     std::unique_ptr<ChildProcess> launch(const std::string& outputName = "glimmerfold.out",
                                          const std::vector<std::string>& arguments = {});
     const std::string& error() const { return error_; }
-    std::string output(const std::string& outputName = "glimmerfold.out") const;
-    std::vector<std::string> outputLines(const std::string& outputName = "glimmerfold.out") const;
+    std::string output(const std::string& outputName = "glimmerfold.out") const {
+        return fileText(desktop_.directory() / outputName);
+    }
+    std::vector<std::string> outputLines(const std::string& outputName = "glimmerfold.out") const {
+        return linesOf(desktop_.directory() / outputName);
+    }
 
-    // What the sanitizers (dev preset) reported in every launch's output so far, once it exited.
-    std::string sanitizerReports() const;
+    std::string sanitizerReports() const;  // from every launch's output so far
 
-    std::vector<std::string> logLines() const;  // the sandboxed program's diagnostic log
+    // The sandboxed program's diagnostic log.
+    std::vector<std::string> logLines() const { return linesOf(logFile()); }
     std::size_t eventTapsLogged() const;
     // Until the log reports `count` event taps, which is when a program reacts to the keys.
     bool waitForEventTaps(std::size_t count,

@@ -2,6 +2,8 @@
 
 #include <xcb/xcb.h>
 
+#include <algorithm>
+
 #include "platform/x11/XcbReply.h"
 #include "x11/WaitUntil.h"
 #include "x11/X11Desktop.h"
@@ -16,11 +18,6 @@ constexpr auto kStartTimeout = 10s;
 constexpr int kMaxDepth = 8;
 // The first item's middle, below the menu's top margin.
 constexpr int kItemOffset = 12;
-
-std::string classPart(const std::string& wmClass) {
-    const std::size_t separator = wmClass.find('\0');
-    return separator == std::string::npos ? "" : std::string(wmClass.c_str() + separator + 1);
-}
 
 }  // namespace
 
@@ -89,13 +86,12 @@ std::optional<WindowId> TrayHost::findIcon(const std::string& windowClass) const
             if (!attributes || attributes->map_state != XCB_MAP_STATE_VIEWABLE) {
                 continue;  // nothing below an unviewable window is viewable either
             }
-            if (!found && property && property->format == 8 && geometry && geometry->width > 1) {
-                const std::string value(
+            if (!found && property && property->format == 8 && geometry && geometry->width > 1 &&
+                classPart(std::string(
                     static_cast<const char*>(xcb_get_property_value(property.get())),
-                    static_cast<std::size_t>(xcb_get_property_value_length(property.get())));
-                if (classPart(value) == windowClass) {
-                    found = level[i];
-                }
+                    static_cast<std::size_t>(xcb_get_property_value_length(property.get())))) ==
+                    windowClass) {
+                found = level[i];
             }
             if (tree) {
                 const xcb_window_t* children = xcb_query_tree_children(tree.get());
@@ -145,15 +141,12 @@ std::optional<Rect> TrayHost::openMenu() {
     }
     clickAt(icon->midX(), icon->midY(), 3);
     std::optional<Rect> menu;
+    // Laid out once it is tall; a tooltip may show too.
     const bool opened = waitUntil([&] {
-        for (const WindowId popup : popups()) {
+        return std::ranges::any_of(popups(), [&](WindowId popup) {
             menu = desktop_.probe().rootGeometry(popup);
-            // Laid out once it is tall; a tooltip may show too.
-            if (menu && menu->height > 100) {
-                return true;
-            }
-        }
-        return false;
+            return menu && menu->height > 100;
+        });
     });
     return opened ? menu : std::nullopt;
 }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <sys/types.h>
-
 #include <chrono>
 #include <memory>
 #include <optional>
@@ -23,9 +21,6 @@ class TrayHost {
     static std::unique_ptr<TrayHost> start(X11Desktop& desktop, std::string* error);
 
     TrayHost(X11Desktop& desktop, std::unique_ptr<ChildProcess> process, WindowId frame);
-
-    pid_t pid() const { return process_->pid(); }
-    WindowId frame() const { return frame_; }
 
     // A viewable icon of that class; one pipelined round trip per tree level, cheap to poll.
     std::optional<WindowId> findIcon(const std::string& windowClass = "Glimmerfold") const;

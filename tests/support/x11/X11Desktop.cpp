@@ -6,9 +6,6 @@
 
 #include <array>
 #include <chrono>
-#include <cstdlib>
-#include <fstream>
-#include <sstream>
 #include <stdexcept>
 
 #include "platform/x11/XcbReply.h"
@@ -112,9 +109,9 @@ bool X11Desktop::startServer(const Options& options, std::string* error) {
 
 bool X11Desktop::startSessionBus(std::string* error) {
     const std::filesystem::path socket = directory_ / "session-bus";
+    const std::string address = "unix:path=" + socket.string();
     ChildProcess::Options bus;
-    bus.arguments = {"dbus-daemon", "--session", "--nofork", "--nopidfile",
-                     "--address=unix:path=" + socket.string()};
+    bus.arguments = {"dbus-daemon", "--session", "--nofork", "--nopidfile", "--address=" + address};
     bus.outputFile = (directory_ / "session-bus.log").string();
     sessionBus_ = ChildProcess::start(bus, error);
     if (!sessionBus_) {
@@ -124,7 +121,7 @@ bool X11Desktop::startSessionBus(std::string* error) {
         *error = "the private session bus did not start";
         return false;
     }
-    sessionBusAddress_ = "unix:path=" + socket.string();
+    sessionBusAddress_ = address;
     return true;
 }
 
@@ -148,7 +145,6 @@ bool X11Desktop::startWindowManager(const Options& options, std::string* error) 
         *error = std::string(nameOf(windowManager)) + " did not start managing windows";
         return false;
     }
-    managed_ = true;
     windowManagerKind_ = windowManager;
     return true;
 }
@@ -249,32 +245,25 @@ TestClient& X11Desktop::startClient(ChildProcess::Options options,
                                  lastLines(options.outputFile, 5));
     }
     client->window = *window;
-    waitForWindow(client->window, managed_, framePosition, arguments.front());
+    waitForWindow(client->window, windowManagerKind_ != WindowManager::none, framePosition,
+                  arguments.front());
     clients_.push_back(std::move(client));
     return *clients_.back();
 }
 
-TestClient& X11Desktop::startXlogo(int x, int y, int width, int height) {
-    return startPlaced("xlogo", x, y, width, height);
-}
-
-TestClient& X11Desktop::startXterm(int x, int y, int columns, int rows) {
-    return startPlaced("xterm", x, y, columns, rows);
-}
-
 TestClient& X11Desktop::startPlaced(const std::string& program, int x, int y, int width,
                                     int height) {
+    const std::string geometry = std::to_string(width) + "x" + std::to_string(height) + "+" +
+                                 std::to_string(x) + "+" + std::to_string(y);
     ChildProcess::Options options;
-    options.arguments = {program, "-geometry",
-                         std::to_string(width) + "x" + std::to_string(height) + "+" +
-                             std::to_string(x) + "+" + std::to_string(y)};
+    options.arguments = {program, "-geometry", geometry};
     return startClient(options, std::pair{x, y});
 }
 
 TestClient& X11Desktop::startGtkApplication(int gtkVersion) {
+    // Drawn in software, without the accessibility bus, writing only to the desktop's directory.
     ChildProcess::Options options;
     options.arguments = {gtkVersion == 4 ? "gtk4-demo" : "gtk3-demo"};
-    // Drawn in software, without the accessibility bus, writing only to the desktop's directory.
     options.environment = {{"GDK_BACKEND", "x11"},
                            {"GSK_RENDERER", "cairo"},
                            {"NO_AT_BRIDGE", "1"},
@@ -348,7 +337,7 @@ WindowId X11Desktop::createWindow(const TestWindowOptions& options) {
     }
     xcb_map_window(c, window);
     xcb_flush(c);
-    const bool managed = managed_ && !options.overrideRedirect;
+    const bool managed = windowManagerKind_ != WindowManager::none && !options.overrideRedirect;
     const bool decorated = options.type.empty() || options.type == "_NET_WM_WINDOW_TYPE_NORMAL";
     waitForWindow(
         window, managed,
@@ -367,11 +356,6 @@ WindowId X11Desktop::createDock(int x, int y, int width, int height, const Strut
     options.type = "_NET_WM_WINDOW_TYPE_DOCK";
     options.strut = strut;
     return createWindow(options);
-}
-
-void X11Desktop::destroyWindow(WindowId window) {
-    xcb_destroy_window(connection(), window);
-    input_->sync();
 }
 
 bool X11Desktop::startTrayHost(std::string* error) {

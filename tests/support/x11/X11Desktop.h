@@ -29,10 +29,7 @@ struct StrutPartial {
 
 // A window the test process creates; as with -geometry, x and y place the frame.
 struct TestWindowOptions {
-    int x = 0;
-    int y = 0;
-    int width = 200;
-    int height = 150;
+    int x = 0, y = 0, width = 200, height = 150;
     std::string windowClass = "GlimmerfoldTestWindow";
     std::string type;  // an atom name such as "_NET_WM_WINDOW_TYPE_UTILITY"; none when empty
     std::vector<std::string> states;  // initial _NET_WM_STATE atoms, e.g. "_NET_WM_STATE_ABOVE"
@@ -73,7 +70,7 @@ class X11Desktop {
     WindowManager windowManager() const { return windowManagerKind_; }
     xcb_connection_t* connection() const { return connection_->get(); }
     WindowId root() const { return connection_->root(); }
-    // A temporary directory, removed with the desktop, that holds the logs.
+    // Holds the logs; removed with the desktop.
     const std::filesystem::path& directory() const { return directory_; }
     std::vector<std::pair<std::string, std::string>> clientEnvironment() const;
 
@@ -85,10 +82,13 @@ class X11Desktop {
     bool startTrayHost(std::string* error);
     TrayHost& trayHost() { return *trayHost_; }  // once started
 
-    // Return once the program's window is managed and mapped, at (x, y) when given; throw
-    // std::runtime_error when it is not.
-    TestClient& startXlogo(int x, int y, int width, int height);
-    TestClient& startXterm(int x, int y, int columns = 80, int rows = 24);
+    // Return once the program's window is managed and mapped at (x, y); throw when it is not.
+    TestClient& startXlogo(int x, int y, int width, int height) {
+        return startPlaced("xlogo", x, y, width, height);
+    }
+    TestClient& startXterm(int x, int y, int columns = 80, int rows = 24) {
+        return startPlaced("xterm", x, y, columns, rows);
+    }
     // gtk3-demo or gtk4-demo, which draws its own title bar and, under a compositor, its shadow.
     TestClient& startGtkApplication(int gtkVersion);
     void killClient(TestClient& client);  // returns once its window is gone
@@ -96,9 +96,11 @@ class X11Desktop {
     // The test process's own windows, mapped and managed on return.
     WindowId createWindow(const TestWindowOptions& options);
     WindowId createDock(int x, int y, int width, int height, const StrutPartial& strut);
-    void destroyWindow(WindowId window);
-    // Asks the window manager for a frame at (x, y) around a client of that size; false when the
-    // frame never gets there.
+    void destroyWindow(WindowId window) {
+        xcb_destroy_window(connection(), window);
+        input_->sync();
+    }
+    // Asks the window manager for a frame at (x, y) around a client of that size.
     bool placeWindow(WindowId client, int x, int y, int clientWidth, int clientHeight);
 
     // RandR monitors in root coordinates, in this order; the screen must hold them.
@@ -129,7 +131,6 @@ class X11Desktop {
     WindowManager windowManagerKind_ = WindowManager::none;
     std::unique_ptr<XcbConnection> connection_;
     std::string displayName_;
-    bool managed_ = false;
     std::unique_ptr<XTestDriver> input_;
     std::unique_ptr<DesktopProbe> probe_;
     std::vector<std::unique_ptr<TestClient>> clients_;

@@ -11,7 +11,10 @@ namespace gf::test {
 
 namespace {
 
-constexpr std::chrono::milliseconds kXrandrTimeout(5000);
+std::string atomName(const xcb_get_atom_name_reply_t& reply) {
+    return {xcb_get_atom_name_name(&reply),
+            static_cast<std::size_t>(xcb_get_atom_name_name_length(&reply))};
+}
 
 }  // namespace
 
@@ -40,16 +43,11 @@ void X11Desktop::setMonitors(const std::vector<Rect>& monitors, std::size_t prim
             xcbReply(c, xcb_randr_get_monitors_reply, xcb_randr_get_monitors(c, root(), 0))) {
         for (auto it = xcb_randr_get_monitors_monitors_iterator(existing.get()); it.rem > 0;
              xcb_randr_monitor_info_next(&it)) {
-            if (it.data->automatic == 0) {
-                auto name =
-                    xcbReply(c, xcb_get_atom_name_reply, xcb_get_atom_name(c, it.data->name));
-                if (name) {
-                    arguments.insert(arguments.end(),
-                                     {"--delmonitor",
-                                      std::string(xcb_get_atom_name_name(name.get()),
-                                                  static_cast<std::size_t>(
-                                                      xcb_get_atom_name_name_length(name.get())))});
-                }
+            auto name = it.data->automatic != 0 ? nullptr
+                                                : xcbReply(c, xcb_get_atom_name_reply,
+                                                           xcb_get_atom_name(c, it.data->name));
+            if (name) {
+                arguments.insert(arguments.end(), {"--delmonitor", atomName(*name)});
             }
         }
     }
@@ -69,13 +67,14 @@ void X11Desktop::setMonitors(const std::vector<Rect>& monitors, std::size_t prim
     options.arguments = arguments;
     options.environment = clientEnvironment();
     options.outputFile = (directory_ / "xrandr.log").string();
+    const std::string& log = options.outputFile;
     std::string error;
     auto xrandr = ChildProcess::start(options, &error);
     if (!xrandr) {
         throw std::runtime_error(error);
     }
-    if (xrandr->waitForExit(kXrandrTimeout) != 0) {
-        throw std::runtime_error("xrandr failed:\n" + lastLines(options.outputFile, 5));
+    if (xrandr->waitForExit(std::chrono::seconds(5)) != 0) {
+        throw std::runtime_error("xrandr failed:\n" + lastLines(log, 5));
     }
     if (probe_->monitors().size() != monitors.size()) {
         throw std::runtime_error("the server lists other monitors than those set");
