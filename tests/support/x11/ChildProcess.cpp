@@ -79,8 +79,7 @@ std::unique_ptr<ChildProcess> ChildProcess::start(const Options& options, std::s
     if (program.empty()) {
         return fail(options.arguments.front() + " is not installed");
     }
-    // Prepared before fork: the test process has threads, so the child may only make
-    // async-signal-safe calls.
+    // Prepared before fork: the test has threads, so the child makes only async-signal-safe calls.
     std::vector<std::string> arguments = options.arguments;
     std::vector<std::string> environment = mergedEnvironment(options.environment);
     std::vector<char*> argv = pointersTo(arguments);
@@ -116,10 +115,6 @@ std::unique_ptr<ChildProcess> ChildProcess::start(const Options& options, std::s
     return std::make_unique<ChildProcess>(pid);
 }
 
-ChildProcess::~ChildProcess() {
-    terminate();
-}
-
 bool ChildProcess::reap(bool block) {
     if (reaped_) {
         return true;
@@ -129,10 +124,6 @@ bool ChildProcess::reap(bool block) {
         reaped_ = true;
     }
     return reaped_;
-}
-
-bool ChildProcess::isRunning() {
-    return !reap(false);
 }
 
 bool ChildProcess::reapWithin(std::chrono::milliseconds timeout) {

@@ -28,10 +28,10 @@ class ChildProcess {
     explicit ChildProcess(pid_t pid) : pid_(pid) {}
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
-    ~ChildProcess();
+    ~ChildProcess() { terminate(); }
 
     pid_t pid() const { return pid_; }
-    bool isRunning();
+    bool isRunning() { return !reap(false); }
 
     // nullopt when still running at the timeout or killed by a signal.
     std::optional<int> waitForExit(std::chrono::milliseconds timeout);

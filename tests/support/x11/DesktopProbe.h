@@ -15,16 +15,14 @@ namespace gf::test {
 
 using WindowId = std::uint32_t;
 
-// Reads the X server directly, not through the backend under test, to check what the user sees.
-// Window arguments are client windows unless a name says frame.
+// What the user sees, read from the server, not the backend under test; windows are clients.
 class DesktopProbe {
   public:
     DesktopProbe(xcb_connection_t* connection, WindowId root);
 
     std::optional<WindowId> frameOf(WindowId client) const;    // the root's child holding it
     std::optional<Rect> frameGeometry(WindowId client) const;  // border included
-    // Its own rectangle less _GTK_FRAME_EXTENTS plus _NET_FRAME_EXTENTS: invisible parts of a
-    // frame cannot blur it.
+    // Its own rectangle less _GTK_FRAME_EXTENTS plus _NET_FRAME_EXTENTS: no invisible frame parts.
     std::optional<Rect> visibleFrame(WindowId client) const;
 
     std::vector<WindowId> rootChildrenBottomToTop() const { return children(root_); }

@@ -29,8 +29,6 @@ void PrintTo(GestureKind kind, std::ostream* out) {
     *out << (kind == GestureKind::move ? "move" : "resize");
 }
 
-GestureHands::GestureHands(X11Desktop& desktop) : desktop_(desktop) {}
-
 Rect GestureHands::expectedFrame(GestureKind kind, const Rect& start, Point origin, int x, int y) {
     const double dx = x - origin.x;
     const double dy = y - origin.y;

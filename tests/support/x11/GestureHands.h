@@ -30,11 +30,10 @@ std::ostream& operator<<(std::ostream& out, const GestureOutcome& outcome);
 // The user's hands for the default keys: Control + Super moves, Control + Alt resizes.
 class GestureHands {
   public:
-    explicit GestureHands(X11Desktop& desktop);
+    explicit GestureHands(X11Desktop& desktop) : desktop_(desktop) {}
 
-    // Holds the keys at (x, y) and nudges the pointer `towards` (+1 or -1 per axis) until the
-    // frame follows, pressing the keys again meanwhile for a program still starting. Returns the
-    // pointer position the gesture measures from; nullopt when the frame never followed.
+    // Holds the keys and nudges the pointer `towards` (±1 per axis), again and again for a program
+    // still starting, until the frame follows; the pointer position the gesture measures from.
     std::optional<Point> begin(GestureKind kind, WindowId window, int x, int y,
                                std::chrono::milliseconds timeout = std::chrono::seconds(10),
                                Point towards = {1, 1});
@@ -44,8 +43,7 @@ class GestureHands {
     // Where a gesture from `origin` on frame `start` takes the frame with the pointer at (x, y).
     static Rect expectedFrame(GestureKind kind, const Rect& start, Point origin, int x, int y);
 
-    // From the frame's middle (move) or bottom-right corner (resize) by (dx, dy) in steps; lets
-    // go once the frame landed where expected (after `snap`, when given) or the wait is over.
+    // From the frame's middle or bottom-right corner by (dx, dy); lets go once landed or timed out.
     GestureOutcome perform(GestureKind kind, WindowId window, int dx, int dy,
                            const std::function<Rect(const Rect&)>& snap = {});
 

@@ -9,8 +9,7 @@ X11Desktop::Options GlimmerfoldDesktopTest::desktopOptions() const {
 }
 
 std::vector<std::string> GlimmerfoldDesktopTest::settings() const {
-    // Magnetics would pull a frame that ends near another window's edge; most tests want the
-    // frame exactly where the pointer took it.
+    // Most tests want the frame exactly where the pointer took it, not pulled to an edge nearby.
     return {"magneticsEnabled=false"};
 }
 

@@ -11,8 +11,7 @@
 
 namespace gf::test {
 
-// The sandboxed program on a private desktop with a tray host (else the Settings window opens in
-// the way); sanitizer reports of the programs it started fail the test.
+// The sandboxed program with a tray host (else Settings opens in the way); sanitizer reports fail.
 class GlimmerfoldDesktopTest : public X11DesktopTest {
   protected:
     X11Desktop::Options desktopOptions() const override;

@@ -14,9 +14,8 @@
 
 namespace gf::test {
 
-// The real program on a private desktop with a home of its own in the desktop's directory, so
-// nothing of the machine's is touched. Sandboxed, it runs through glimmerfold-test-sandbox as an
-// ordinary user (permissions hold even for root) with the desktop's tmp as its /tmp.
+// The real program with a home in the desktop's directory, so nothing of the machine's is touched;
+// sandboxed, as an ordinary user (permissions hold even for root) with a /tmp of its own.
 class GlimmerfoldLauncher {
   public:
     struct Options {

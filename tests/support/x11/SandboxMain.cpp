@@ -1,7 +1,5 @@
 // glimmerfold-test-sandbox --tmp DIR [--keep PATH]... -- PROGRAM [ARGUMENT]...
-// Runs the program as an ordinary user with DIR as /tmp (each PATH under /tmp stays visible), so
-// tests can plant files at its fixed log path and permissions hold even for root; 77 when the
-// namespaces cannot be made.
+// As an ordinary user with DIR as /tmp (PATHs kept), so permissions hold for root; 77 if it cannot.
 #include <fcntl.h>
 #include <sched.h>
 #include <signal.h>
@@ -36,18 +34,18 @@ bool writeFile(const char* path, const std::string& text) {
 
 // An ordinary user inside keeps no capability on exec, so permissions apply even to root.
 void enterUserNamespace() {
+    auto mapping = [](unsigned outside) {
+        return std::to_string(outside == 0 ? kUnprivilegedId : outside) + " " +
+               std::to_string(outside) + " 1";
+    };
     const uid_t uid = ::geteuid();
     const gid_t gid = ::getegid();
-    const uid_t insideUid = uid == 0 ? kUnprivilegedId : uid;
-    const gid_t insideGid = gid == 0 ? kUnprivilegedId : gid;
     if (::unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) {
         fail(kCannotSandbox, "cannot make a user and mount namespace");
     }
     if (!writeFile("/proc/self/setgroups", "deny") ||
-        !writeFile("/proc/self/uid_map",
-                   std::to_string(insideUid) + " " + std::to_string(uid) + " 1") ||
-        !writeFile("/proc/self/gid_map",
-                   std::to_string(insideGid) + " " + std::to_string(gid) + " 1")) {
+        !writeFile("/proc/self/uid_map", mapping(uid)) ||
+        !writeFile("/proc/self/gid_map", mapping(gid))) {
         fail(kCannotSandbox, "cannot map the user into the namespace");
     }
 }

@@ -2,8 +2,7 @@
 
 #include <QCoreApplication>
 
-// A test main with a Qt application object, so that socket notifiers and
-// timers work in every test.
+// A Qt application object, so that socket notifiers and timers work in every test.
 int main(int argc, char** argv) {
     QCoreApplication application(argc, argv);
     ::testing::InitGoogleTest(&argc, argv);

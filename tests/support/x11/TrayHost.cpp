@@ -55,9 +55,6 @@ std::unique_ptr<TrayHost> TrayHost::start(X11Desktop& desktop, std::string* erro
     return std::make_unique<TrayHost>(desktop, std::move(process), frame);
 }
 
-TrayHost::TrayHost(X11Desktop& desktop, std::unique_ptr<ChildProcess> process, WindowId frame)
-    : desktop_(desktop), process_(std::move(process)), frame_(frame) {}
-
 std::optional<WindowId> TrayHost::findIcon(const std::string& windowClass) const {
     xcb_connection_t* c = desktop_.connection();
     std::vector<xcb_window_t> level{frame_};

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/Rect.h"
@@ -20,7 +21,8 @@ class TrayHost {
     // Returns once trayer holds the tray selection and shows; nullptr with the reason if not.
     static std::unique_ptr<TrayHost> start(X11Desktop& desktop, std::string* error);
 
-    TrayHost(X11Desktop& desktop, std::unique_ptr<ChildProcess> process, WindowId frame);
+    TrayHost(X11Desktop& desktop, std::unique_ptr<ChildProcess> process, WindowId frame)
+        : desktop_(desktop), process_(std::move(process)), frame_(frame) {}
 
     // A viewable icon of that class; one pipelined round trip per tree level, cheap to poll.
     std::optional<WindowId> findIcon(const std::string& windowClass = "Glimmerfold") const;

@@ -8,9 +8,7 @@
 
 namespace gf::test {
 
-namespace {
-
-void runEventLoop(std::chrono::microseconds period) {
+void processEventsFor(std::chrono::microseconds period) {
     if (QCoreApplication::instance() == nullptr) {
         std::this_thread::sleep_for(period);
         return;
@@ -20,8 +18,6 @@ void runEventLoop(std::chrono::microseconds period) {
                        &QEventLoop::quit);
     loop.exec();
 }
-
-}  // namespace
 
 bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds timeout,
                std::chrono::microseconds interval) {
@@ -36,12 +32,8 @@ bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds
         if (std::chrono::steady_clock::now() >= deadline) {
             return false;
         }
-        runEventLoop(interval);
+        processEventsFor(interval);
     }
-}
-
-void processEventsFor(std::chrono::milliseconds period) {
-    runEventLoop(period);
 }
 
 }  // namespace gf::test

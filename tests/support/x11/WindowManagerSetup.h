@@ -23,8 +23,7 @@ const char* nameOf(WindowManager windowManager);
 void PrintTo(WindowManager windowManager, std::ostream* stream);
 const std::vector<WindowManager>& everyWindowManager();
 
-// Its settings, caches and window-manager.log go to `directory`; `dragBindings` keeps openbox's
-// Alt + drag move and resize.
+// Settings, caches and log go to `directory`; `dragBindings` keeps openbox's Alt + drag.
 ChildProcess::Options windowManagerProcess(
     WindowManager windowManager, const std::filesystem::path& directory,
     const std::vector<std::pair<std::string, std::string>>& environment, bool dragBindings = false);

@@ -45,8 +45,7 @@ struct TestClient {
     std::int32_t pid = 0;
 };
 
-// A private Xvfb with a window manager and the clients a test starts, all stopped with the
-// object; each test process gets its own, so tests run in parallel.
+// A private Xvfb, window manager and clients, stopped with the object, so tests run in parallel.
 class X11Desktop {
   public:
     struct Options {

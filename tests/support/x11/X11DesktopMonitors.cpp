@@ -36,8 +36,7 @@ void X11Desktop::setMonitors(const std::vector<Rect>& monitors, std::size_t prim
         reinterpret_cast<const char*>(xcb_randr_get_output_info_name(outputInfo.get())),
         static_cast<std::size_t>(xcb_randr_get_output_info_name_length(outputInfo.get())));
 
-    // libxcb-randr's SetMonitor sends a malformed request. Monitors set earlier go first; the
-    // output's automatic monitor goes once the output belongs to the first new monitor.
+    // libxcb-randr's SetMonitor request is malformed; the automatic monitor goes with its output.
     std::vector<std::string> arguments{"xrandr"};
     if (auto existing =
             xcbReply(c, xcb_randr_get_monitors_reply, xcb_randr_get_monitors(c, root(), 0))) {

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <functional>
 #include <memory>
 
 #include "platform/x11/X11Platform.h"
@@ -25,11 +23,6 @@ class X11DesktopTest : public ::testing::Test {
 
     // The backend under test on this desktop; a test failure and nullptr when it cannot connect.
     std::unique_ptr<X11Platform> connectPlatform();
-
-    static bool waitUntil(const std::function<bool()>& condition,
-                          std::chrono::milliseconds timeout = std::chrono::milliseconds(5000)) {
-        return test::waitUntil(condition, timeout);
-    }
 
   private:
     std::unique_ptr<X11Desktop> desktop_;

@@ -53,11 +53,10 @@ std::uint8_t XTestDriver::findKeycode(std::uint32_t keysym) const {
 }
 
 std::uint8_t XTestDriver::keycodeOf(std::uint32_t keysym) const {
-    const std::uint8_t keycode = findKeycode(keysym);
-    if (keycode == 0) {
-        throw std::runtime_error("no key produces keysym " + std::to_string(keysym));
+    if (const std::uint8_t keycode = findKeycode(keysym); keycode != 0) {
+        return keycode;
     }
-    return keycode;
+    throw std::runtime_error("no key produces keysym " + std::to_string(keysym));
 }
 
 void XTestDriver::fakeInput(std::uint8_t type, std::uint8_t detail, int x, int y) {

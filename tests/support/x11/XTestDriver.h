@@ -18,8 +18,7 @@ inline constexpr std::uint32_t capsLock = 0xffe5;
 inline constexpr std::uint32_t escape = 0xff1b;
 }  // namespace Keysym
 
-// Keyboard and pointer input through XTest. Calls return once the server processed them, but
-// send… ones, which leave at once so the bench knows when input left.
+// XTest input; calls return once the server processed them but send… ones, timed by the bench.
 class XTestDriver {
   public:
     XTestDriver(xcb_connection_t* connection, std::uint32_t root);
