@@ -211,22 +211,22 @@ std::optional<std::int32_t> DesktopProbe::pidOf(WindowId client) const {
 }
 
 std::optional<std::string> DesktopProbe::classOf(WindowId client) const {
-    auto reply = xcbReply(
-        connection_, xcb_get_property_reply,
-        xcb_get_property(connection_, 0, client, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 0, 256));
-    if (!reply || reply->format != 8) {
-        return std::nullopt;
-    }
-    return classPart(
-        std::string(static_cast<const char*>(xcb_get_property_value(reply.get())),
-                    static_cast<std::size_t>(xcb_get_property_value_length(reply.get()))));
+    return classIn(xcbReply(connection_, xcb_get_property_reply,
+                            xcb_get_property(connection_, 0, client, XCB_ATOM_WM_CLASS,
+                                             XCB_ATOM_STRING, 0, 256))
+                       .get());
 }
 
-std::optional<std::string> classPart(const std::string& wmClass) {
-    const std::size_t separator = wmClass.find('\0');
+std::optional<std::string> classIn(const xcb_get_property_reply_t* wmClass) {
+    if (wmClass == nullptr || wmClass->format != 8) {
+        return std::nullopt;
+    }
+    const std::string both(static_cast<const char*>(xcb_get_property_value(wmClass)),
+                           static_cast<std::size_t>(xcb_get_property_value_length(wmClass)));
+    const std::size_t separator = both.find('\0');
     return separator == std::string::npos
                ? std::nullopt
-               : std::optional(std::string(wmClass.c_str() + separator + 1));
+               : std::optional(std::string(both.c_str() + separator + 1));
 }
 
 std::vector<WindowId> DesktopProbe::allClients() const {

@@ -10,6 +10,7 @@
 #include "platform/Rect.h"
 
 struct xcb_connection_t;
+struct xcb_get_property_reply_t;
 
 namespace gf::test {
 
@@ -79,7 +80,7 @@ class DesktopProbe {
     mutable std::map<std::string, std::uint32_t> atoms_;
 };
 
-// The class part of a WM_CLASS value ("instance\0class\0"); nullopt without one.
-std::optional<std::string> classPart(const std::string& wmClass);
+// The class in a WM_CLASS reply ("instance\0class\0"); nullopt without one.
+std::optional<std::string> classIn(const xcb_get_property_reply_t* wmClass);
 
 }  // namespace gf::test

@@ -83,11 +83,8 @@ std::optional<WindowId> TrayHost::findIcon(const std::string& windowClass) const
             if (!attributes || attributes->map_state != XCB_MAP_STATE_VIEWABLE) {
                 continue;  // nothing below an unviewable window is viewable either
             }
-            if (!found && property && property->format == 8 && geometry && geometry->width > 1 &&
-                classPart(std::string(
-                    static_cast<const char*>(xcb_get_property_value(property.get())),
-                    static_cast<std::size_t>(xcb_get_property_value_length(property.get())))) ==
-                    windowClass) {
+            if (!found && geometry && geometry->width > 1 &&
+                classIn(property.get()) == windowClass) {
                 found = level[i];
             }
             if (tree) {
