@@ -32,23 +32,6 @@ constexpr std::uint32_t kMoveResizeFlags = 1 | (0xf << 8) | (2 << 12);
 
 }  // namespace
 
-X11Desktop::X11Desktop() = default;
-
-X11Desktop::~X11Desktop() {
-    trayHost_.reset();
-    clients_.clear();
-    windowManager_.reset();
-    sessionBus_.reset();
-    probe_.reset();
-    input_.reset();
-    connection_.reset();
-    server_.reset();
-    if (!directory_.empty()) {
-        std::error_code ignored;
-        std::filesystem::remove_all(directory_, ignored);
-    }
-}
-
 std::unique_ptr<X11Desktop> X11Desktop::start(const Options& options, std::string* error) {
     auto desktop = std::make_unique<X11Desktop>();
     std::string directory =
@@ -58,6 +41,10 @@ std::unique_ptr<X11Desktop> X11Desktop::start(const Options& options, std::strin
         return nullptr;
     }
     desktop->directory_ = directory;
+    desktop->directoryRemover_ = std::shared_ptr<void>(nullptr, [directory](void*) {
+        std::error_code ignored;
+        std::filesystem::remove_all(directory, ignored);
+    });
     if (!desktop->startServer(options, error)) {
         return nullptr;
     }

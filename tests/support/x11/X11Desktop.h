@@ -60,11 +60,6 @@ class X11Desktop {
     // Returns once the window manager manages windows; nullptr with the reason when not.
     static std::unique_ptr<X11Desktop> start(const Options& options, std::string* error);
 
-    X11Desktop();
-    X11Desktop(const X11Desktop&) = delete;
-    X11Desktop& operator=(const X11Desktop&) = delete;
-    ~X11Desktop();
-
     const std::string& displayName() const { return displayName_; }  // ":N"
     WindowManager windowManager() const { return windowManagerKind_; }
     xcb_connection_t* connection() const { return connection_->get(); }
@@ -122,18 +117,20 @@ class X11Desktop {
     void waitForWindow(WindowId window, bool managed,
                        std::optional<std::pair<int, int>> framePosition, const std::string& what);
 
+    // Destroyed in reverse: the directory goes last, after every process writing to it stopped.
     std::filesystem::path directory_;
+    std::shared_ptr<void> directoryRemover_;
     std::unique_ptr<ChildProcess> server_;
-    std::unique_ptr<ChildProcess> sessionBus_;
-    std::string sessionBusAddress_;
-    std::unique_ptr<ChildProcess> windowManager_;
-    WindowManager windowManagerKind_ = WindowManager::none;
     std::unique_ptr<XcbConnection> connection_;
-    std::string displayName_;
     std::unique_ptr<XTestDriver> input_;
     std::unique_ptr<DesktopProbe> probe_;
+    std::unique_ptr<ChildProcess> sessionBus_;
+    std::unique_ptr<ChildProcess> windowManager_;
     std::vector<std::unique_ptr<TestClient>> clients_;
     std::unique_ptr<TrayHost> trayHost_;
+    std::string displayName_;
+    std::string sessionBusAddress_;
+    WindowManager windowManagerKind_ = WindowManager::none;
 };
 
 }  // namespace gf::test
