@@ -72,10 +72,8 @@ bool X11Desktop::startServer(const Options& options, std::string* error) {
     server.inheritedFd = pipe[1];
     server_ = ChildProcess::start(server, error);
     close(pipe[1]);
-    std::optional<std::string> number;
-    if (server_) {
-        number = readLine(pipe[0], kServerStartTimeout);
-    }
+    const std::optional<std::string> number =
+        server_ ? readLine(pipe[0], kServerStartTimeout) : std::nullopt;
     close(pipe[0]);
     if (!server_) {
         return false;
