@@ -45,7 +45,9 @@ void EventTapManager::start() {
     eventTap_ =
         platform_.input.createEventTap([this](const InputEvent& event) { handleEvent(event); });
     if (!eventTap_) {
-        debugLog("[EventTap] FAILED to create event tap. Check Accessibility permissions.");
+        debugLog(
+            "[EventTap] FAILED to create event tap. Check that this is an X11 session whose "
+            "server offers XKEYBOARD and XInput 2.1.");
         return;
     }
     eventTap_->setEnabled(true);

@@ -50,7 +50,8 @@ TEST_F(EventTapManagerTest, StartsOnceStopsHarmlesslyAndRetriesAfterAFailure) {
     desktop.tapCreationFails = true;
     manager.start();
     EXPECT_FALSE(manager.hasEventTap());
-    EXPECT_EQ(logCount("[EventTap] FAILED to create event tap. Check Accessibility permissions."),
+    EXPECT_EQ(logCount("[EventTap] FAILED to create event tap. Check that this is an X11 session "
+                       "whose server offers XKEYBOARD and XInput 2.1."),
               1);
 
     desktop.tapCreationFails = false;
