@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -24,30 +25,24 @@ LatencyRun run(const std::string& mover, double p50, double p99, double desktopC
 BenchResults sample() {
     BenchResults results;
     results.latencyRuns = {run("Glimmerfold", 4.2, 9.1, 6.0), run("openbox", 0.4, 1.0, 10.0)};
-    IdleRun rest;
-    rest.glimmerfold.wakeupsPerSecond = 0.4;
-    IdleRun moving;
-    moving.rateHz = 1000;
-    moving.glimmerfold.wakeupsPerSecond = 0.6;
-    moving.glimmerfold.cpuPercent = 0.01;
-    results.idleRuns = {rest, moving};
-    IdleRun raising = moving;
-    raising.autoRaise = true;
-    raising.glimmerfold.wakeupsPerSecond = 12;
-    results.idleRuns.push_back(raising);
+    for (const auto& [rateHz, autoRaise, wakeups] :
+         {std::tuple{0, false, 0.4}, {1000, false, 0.6}, {1000, true, 12.0}}) {
+        IdleRun& idle = results.idleRuns.emplace_back();
+        std::tie(idle.rateHz, idle.autoRaise, idle.glimmerfold.wakeupsPerSecond) =
+            std::tie(rateHz, autoRaise, wakeups);
+        idle.glimmerfold.cpuPercent = rateHz > 0 ? 0.01 : 0.0;
+    }
     for (const auto& [windows, p50] :
          std::vector<std::pair<std::size_t, double>>{{10, 0.8}, {100, 1.0}, {300, 2.0}}) {
-        GestureStartRun start;
+        GestureStartRun& start = results.gestureStarts.emplace_back();
         start.windows = windows;
         start.trials = 20;
         start.followingMs = {20, p50, p50 + 0.3, p50 + 0.3, p50 + 0.5, p50};
-        results.gestureStarts.push_back(start);
     }
-    AutoRaiseDelayRun raise;
+    AutoRaiseDelayRun& raise = results.autoRaiseDelays.emplace_back();
     raise.delayMs = 100;
     raise.crossings = 20;
     raise.lateMs = {20, 4, 12, 12, 25, 5};
-    results.autoRaiseDelays = {raise};
     results.memory = {40 * 1024, 41 * 1024, 41 * 1024 + 2048, 1000, 1000};
     results.startupMs = {400, 250, 260};
     return results;
