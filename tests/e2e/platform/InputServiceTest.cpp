@@ -55,22 +55,38 @@ class InputServiceTest : public X11PlatformTest {
         }
     }
 
-    std::vector<InputEvent> eventsOfType(InputEventType type) const {
-        std::vector<InputEvent> matching;
-        std::copy_if(events_.begin(), events_.end(), std::back_inserter(matching),
-                     [type](const InputEvent& event) { return event.type == type; });
-        return matching;
+    bool receivedType(InputEventType type) const {
+        return std::ranges::any_of(events_, [type](const InputEvent& e) { return e.type == type; });
     }
 
     bool receivedEvent(const InputEvent& expected) {
-        return waitUntil(
-            [&] { return std::find(events_.begin(), events_.end(), expected) != events_.end(); });
+        return waitUntil([&] { return std::ranges::find(events_, expected) != events_.end(); });
+    }
+
+    // Whether some other client holds Escape with some modifiers: the server refuses the same
+    // grab to this one then.
+    bool escapeTakenElsewhere() {
+        syncBackend();
+        xcb_connection_t* c = desktop().connection();
+        const xcb_keycode_t escape = input().keycodeOf(Keysym::escape);
+        if (!xcbSucceeded(c, xcb_grab_key_checked(c, 0, desktop().root(), XCB_MOD_MASK_ANY, escape,
+                                                  XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC))) {
+            return true;
+        }
+        xcb_ungrab_key(c, escape, desktop().root(), XCB_MOD_MASK_ANY);
+        xcb_flush(c);
+        return false;
+    }
+
+    int cancelPresses(std::uint64_t flags) const {
+        const InputEvent press{InputEventType::cancelKeyPressed, flags, Point{300, 200}};
+        return static_cast<int>(std::ranges::count(events_, press));
     }
 
     std::vector<InputEvent> events_;
 };
 
-TEST_F(InputServiceTest, PointerMotionArrivesOnlyWhileWantedAndEnabled) {
+TEST_F(InputServiceTest, MotionArrivesOnlyWhileWantedAndEnabledAndMonitorsSeeTheFlags) {
     auto tap = motionTap();
     ASSERT_NE(tap, nullptr);
     input().movePointerTo(410, 320);
@@ -101,10 +117,27 @@ TEST_F(InputServiceTest, PointerMotionArrivesOnlyWhileWantedAndEnabled) {
     syncBackend();
     input().movePointerTo(100, 100);
     processEventsFor(200ms);
-    EXPECT_TRUE(eventsOfType(InputEventType::mouseMoved).empty());
+    EXPECT_FALSE(receivedType(InputEventType::mouseMoved));
+
+    // A pointer-moved monitor reports the held flags until it is removed.
+    std::vector<std::uint64_t> reported;
+    auto monitor = service().addPointerMovedMonitor([&](auto flags) { reported.push_back(flags); });
+    ASSERT_NE(monitor, nullptr);
+    syncBackend();
+    input().pressKey(Keysym::altL);
+    input().movePointerTo(600, 400);
+    EXPECT_TRUE(waitUntil([&] { return !reported.empty(); }));
+    EXPECT_EQ(reported.back(), ModifierFlag::option);
+    input().releaseKey(Keysym::altL);
+
+    monitor.reset();
+    reported.clear();
+    input().movePointerTo(610, 400);
+    processEventsFor(200ms);
+    EXPECT_TRUE(reported.empty());
 }
 
-TEST_F(InputServiceTest, EventsKeepArrivingWhileAnotherClientHoldsAGrab) {
+TEST_F(InputServiceTest, EventsArriveWhileAnotherClientGrabsUntilAMasterDeviceIsAdded) {
     auto tap = motionTap();
     ASSERT_NE(tap, nullptr);
     xcb_connection_t* c = desktop().connection();
@@ -123,30 +156,8 @@ TEST_F(InputServiceTest, EventsKeepArrivingWhileAnotherClientHoldsAGrab) {
     input().movePointerTo(350, 250);
     EXPECT_TRUE(receivedEvent({InputEventType::mouseMoved, ModifierFlag::command, {350, 250}}));
     input().releaseKey(Keysym::superL);
-}
 
-TEST_F(InputServiceTest, PointerMovedMonitorsReportTheHeldFlags) {
-    std::vector<std::uint64_t> reported;
-    auto monitor = service().addPointerMovedMonitor([&](auto flags) { reported.push_back(flags); });
-    ASSERT_NE(monitor, nullptr);
-    syncBackend();
-    input().pressKey(Keysym::altL);
-    input().movePointerTo(600, 400);
-    EXPECT_TRUE(waitUntil([&] { return !reported.empty(); }));
-    EXPECT_EQ(reported.back(), ModifierFlag::option);
-    input().releaseKey(Keysym::altL);
-
-    monitor.reset();
-    reported.clear();
-    input().movePointerTo(610, 400);
-    processEventsFor(200ms);
-    EXPECT_TRUE(reported.empty());
-}
-
-TEST_F(InputServiceTest, ANewMasterDeviceInterruptsTheTapUntilItIsEnabledAgain) {
-    auto tap = motionTap();
-    ASSERT_NE(tap, nullptr);
-
+    // A new master device interrupts the tap until it is enabled again, grabs or not.
     // XIChangeHierarchy with one AddMaster entry named "extra".
     struct AddMaster {
         xcb_input_add_master_t header;
@@ -155,13 +166,11 @@ TEST_F(InputServiceTest, ANewMasterDeviceInterruptsTheTapUntilItIsEnabledAgain) 
     const AddMaster change{
         {XCB_INPUT_HIERARCHY_CHANGE_TYPE_ADD_MASTER, sizeof(AddMaster) / 4, 5, 1, 1},
         {'e', 'x', 't', 'r', 'a'}};
-    xcb_connection_t* c = desktop().connection();
     ASSERT_TRUE(
         xcbSucceeded(c, xcb_input_xi_change_hierarchy_checked(
                             c, 1, reinterpret_cast<const xcb_input_hierarchy_change_t*>(&change))));
 
-    EXPECT_TRUE(
-        waitUntil([&] { return !eventsOfType(InputEventType::tapDisabledByTimeout).empty(); }));
+    EXPECT_TRUE(waitUntil([&] { return receivedType(InputEventType::tapDisabledByTimeout); }));
     EXPECT_FALSE(tap->isEnabled());
     events_.clear();
     input().movePointerTo(250, 250);
@@ -175,42 +184,12 @@ TEST_F(InputServiceTest, ANewMasterDeviceInterruptsTheTapUntilItIsEnabledAgain) 
 }
 
 // The one key the backend ever grabs: Escape on the root, with any modifiers, only while a tap
-// captures it.
-class CancelKeyTest : public InputServiceTest {
-  protected:
-    void SetUp() override {
-        InputServiceTest::SetUp();
-        ASSERT_FALSE(HasFatalFailure());
-        ASSERT_NE(tap_ = recordingTap(), nullptr);
-    }
-
-    // Whether some other client holds Escape with some modifiers: the server refuses the same
-    // grab to this one then.
-    bool escapeTakenElsewhere() {
-        syncBackend();
-        xcb_connection_t* c = desktop().connection();
-        const xcb_keycode_t escape = input().keycodeOf(Keysym::escape);
-        if (!xcbSucceeded(c, xcb_grab_key_checked(c, 0, desktop().root(), XCB_MOD_MASK_ANY, escape,
-                                                  XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC))) {
-            return true;
-        }
-        xcb_ungrab_key(c, escape, desktop().root(), XCB_MOD_MASK_ANY);
-        xcb_flush(c);
-        return false;
-    }
-
-    int cancelPresses(std::uint64_t flags) const {
-        return static_cast<int>(
-            std::count(events_.begin(), events_.end(),
-                       InputEvent{InputEventType::cancelKeyPressed, flags, Point{300, 200}}));
-    }
-
-    std::unique_ptr<EventTap> tap_;
-};
-
-TEST_F(CancelKeyTest, EscapeIsTakenWithAnyModifiersOnlyWhileAnEnabledTapCapturesIt) {
+// captures it, and never a combination another client holds.
+TEST_F(InputServiceTest, EscapeIsTakenWithAnyModifiersOnlyWhileAnEnabledTapCapturesIt) {
+    auto tap = recordingTap();
+    ASSERT_NE(tap, nullptr);
     EXPECT_FALSE(escapeTakenElsewhere());
-    tap_->setCancelKeyCaptured(true);
+    tap->setCancelKeyCaptured(true);
     EXPECT_TRUE(escapeTakenElsewhere());
 
     // Caps Lock on and Shift held count as much as nothing held.
@@ -221,25 +200,26 @@ TEST_F(CancelKeyTest, EscapeIsTakenWithAnyModifiersOnlyWhileAnEnabledTapCaptures
     EXPECT_TRUE(waitUntil([&] { return cancelPresses(0) == 1; }));
     EXPECT_EQ(cancelPresses(ModifierFlag::shift), 1);
 
-    tap_->setEnabled(false);
+    tap->setEnabled(false);
     EXPECT_FALSE(escapeTakenElsewhere()) << "disabled";
-    tap_->setEnabled(true);
+    tap->setEnabled(true);
     EXPECT_TRUE(escapeTakenElsewhere());
-    tap_->setCancelKeyCaptured(false);
+    tap->setCancelKeyCaptured(false);
     EXPECT_FALSE(escapeTakenElsewhere()) << "no longer captured";
-    tap_->setCancelKeyCaptured(true);
-    tap_.reset();
+    tap->setCancelKeyCaptured(true);
+    tap.reset();
     EXPECT_FALSE(escapeTakenElsewhere()) << "removed";
-}
 
-TEST_F(CancelKeyTest, ACombinationAnotherClientHoldsStaysItsOwn) {
+    // Shift + Escape, held by another client, stays its own.
     xcb_connection_t* c = desktop().connection();
     const xcb_keycode_t escape = input().keycodeOf(Keysym::escape);
     ASSERT_TRUE(
         xcbSucceeded(c, xcb_grab_key_checked(c, 0, desktop().root(), XCB_MOD_MASK_SHIFT, escape,
                                              XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC)));
-    tap_->setCancelKeyCaptured(true);
+    ASSERT_NE(tap = recordingTap(), nullptr);
+    tap->setCancelKeyCaptured(true);
     syncBackend();
+    events_.clear();
 
     tapKey(Keysym::escape);
     tapKey(Keysym::escape, Keysym::controlL);

@@ -35,15 +35,14 @@ class MonitorsOfTwoSizesTest : public X11PlatformTest {
   protected:
     X11Desktop::Options desktopOptions() const override { return {3200, 1080}; }
 
-    void destroy(const std::vector<WindowId>& windows) {
-        for (const WindowId window : windows) {
-            desktop().destroyWindow(window);
-        }
-    }
-    std::vector<Rect> usableInRoot() {
+    // Each display's usable part while the docks stand; they go afterwards.
+    std::vector<Rect> usableWhile(const std::vector<WindowId>& docks) {
         std::vector<Rect> usable;
         for (const DisplayInfo& display : platform_->displays().displays()) {
             usable.push_back(display.visibleFrame);
+        }
+        for (const WindowId dock : docks) {
+            desktop().destroyWindow(dock);
         }
         return usable;
     }
@@ -61,8 +60,7 @@ TEST_F(MonitorsOfTwoSizesTest, ComePrimaryFirstAndDocksShrinkOnlyTheMonitorTheyA
     ASSERT_EQ(displays.size(), 2u);
     EXPECT_EQ(displays[0].frame, (Rect{1280, 0, 1280, 800}));
     EXPECT_EQ(displays[1].frame, (Rect{0, 100, 1280, 600}));
-    EXPECT_EQ(usableInRoot(), (std::vector<Rect>{{1280, 0, 1280, 770}, {0, 130, 1280, 570}}));
-    destroy(docks);
+    EXPECT_EQ(usableWhile(docks), (std::vector<Rect>{{1280, 0, 1280, 770}, {0, 130, 1280, 570}}));
 
     desktop().setMonitors({{0, 0, 1280, 800}, {1280, 0, 1920, 1080}});
     // The primary's bottom panel ends 280 rows above the root's bottom, which its strut includes.
@@ -73,21 +71,19 @@ TEST_F(MonitorsOfTwoSizesTest, ComePrimaryFirstAndDocksShrinkOnlyTheMonitorTheyA
     ASSERT_EQ(displays.size(), 2u);
     EXPECT_EQ(displays[0].frame, (Rect{0, 0, 1280, 800}));
     EXPECT_EQ(displays[1].frame, (Rect{1280, 0, 1920, 1080}));
-    EXPECT_EQ(usableInRoot(), (std::vector<Rect>{{0, 0, 1280, 770}, {1280, 0, 1880, 1050}}));
-    destroy(docks);
+    EXPECT_EQ(usableWhile(docks), (std::vector<Rect>{{0, 0, 1280, 770}, {1280, 0, 1880, 1050}}));
 
     // On the edge between the monitors, measured from the root's edges, each of these struts
     // spans the whole other monitor.
     docks = {desktop().createDock(1240, 0, 40, 800, strutAlong(Edge::right, 1960, 0, 799)),
              desktop().createDock(1280, 0, 40, 1080, strutAlong(Edge::left, 1320, 0, 1079))};
-    EXPECT_EQ(usableInRoot(), (std::vector<Rect>{{0, 0, 1240, 800}, {1320, 0, 1880, 1080}}));
-    destroy(docks);
+    EXPECT_EQ(usableWhile(docks), (std::vector<Rect>{{0, 0, 1240, 800}, {1320, 0, 1880, 1080}}));
 
     // The same across a horizontal edge: a wide monitor above a narrower one.
     desktop().setMonitors({{0, 0, 1920, 540}, {0, 540, 1280, 540}});
     desktop().createDock(0, 510, 1920, 30, strutAlong(Edge::bottom, 570, 0, 1919));
     desktop().createDock(0, 540, 1280, 30, strutAlong(Edge::top, 570, 0, 1279));
-    EXPECT_EQ(usableInRoot(), (std::vector<Rect>{{0, 0, 1920, 510}, {0, 570, 1280, 510}}));
+    EXPECT_EQ(usableWhile({}), (std::vector<Rect>{{0, 0, 1920, 510}, {0, 570, 1280, 510}}));
 }
 
 class ApplicationRegistryTest : public X11PlatformTest {

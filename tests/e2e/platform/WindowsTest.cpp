@@ -40,7 +40,7 @@ class WindowsTest : public X11PlatformTest {
     }
 };
 
-TEST_F(WindowsTest, WindowAtGivesTheClientUnderThePointerWithItsOuterFrameInStackingOrder) {
+TEST_F(WindowsTest, WindowAtGivesTheClientUnderThePointerByItsOuterFrameAndLayer) {
     TestClient& back = desktop().startXlogo(100, 100, 300, 200);
     TestClient& front = desktop().startXlogo(200, 150, 300, 200);
     const Rect frame = *probe().frameGeometry(front.window);
@@ -64,12 +64,10 @@ TEST_F(WindowsTest, WindowAtGivesTheClientUnderThePointerWithItsOuterFrameInStac
     EXPECT_EQ(at({frame.maxX() - 1, frame.maxY() - 1}).windowNumber, front.window);
     EXPECT_NE(at({frame.maxX(), frame.midY()}).windowNumber, front.window);
     EXPECT_NE(at({frame.midX(), frame.maxY()}).windowNumber, front.window);
-    const std::optional<WindowDescription> bare = server().windowAt({900, 600});
-    EXPECT_TRUE(!bare || bare->layer < WindowLayer::normal) << "the desktop gives nothing";
-}
+    const std::optional<WindowDescription> nothing = server().windowAt({900, 600});
+    EXPECT_TRUE(!nothing || nothing->layer < WindowLayer::normal) << "the desktop gives nothing";
 
-TEST_F(WindowsTest, LayersFollowTheWindowTypesAndTheListLooksBelowADock) {
-    TestClient& logo = desktop().startXlogo(100, 80, 400, 300);
+    // Layers follow the window types, and the list looks below a dock.
     const WindowId utilityWindow =
         desktop().createWindow(windowAt(600, 0, "_NET_WM_WINDOW_TYPE_UTILITY"));
     TestWindowOptions above = windowAt(600, 300);
@@ -80,11 +78,11 @@ TEST_F(WindowsTest, LayersFollowTheWindowTypesAndTheListLooksBelowADock) {
     TestWindowOptions menu = windowAt(800, 400);
     menu.overrideRedirect = true;
     const WindowId menuWindow = desktop().createWindow(menu);
-    // A panel across the logo window, without a strut so nothing moves away.
+    // A panel across the front window, without a strut so nothing moves away.
     const WindowId dock =
         desktop().createWindow(windowAt(50, 150, "_NET_WM_WINDOW_TYPE_DOCK", 600, 40));
 
-    EXPECT_EQ(listed(logo.window)->layer, WindowLayer::normal);
+    EXPECT_EQ(listed(back.window)->layer, WindowLayer::normal);
     EXPECT_EQ(listed(utilityWindow)->layer, WindowLayer::floating);
     EXPECT_EQ(listed(aboveWindow)->layer, WindowLayer::floating);
     EXPECT_GE(*listed(menuWindow)->layer, server().dockLayer());
@@ -96,7 +94,7 @@ TEST_F(WindowsTest, LayersFollowTheWindowTypesAndTheListLooksBelowADock) {
     EXPECT_LT(*bare->layer, WindowLayer::normal);
 
     // The window server names the dock at a point it covers; walking the list front to back,
-    // the first ordinary window there is the logo beneath it.
+    // the first ordinary window there is the one beneath it.
     const Point onPanel{200, 170};
     const std::optional<WindowDescription> top = server().windowAt(onPanel);
     ASSERT_TRUE(top);
@@ -108,7 +106,7 @@ TEST_F(WindowsTest, LayersFollowTheWindowTypesAndTheListLooksBelowADock) {
                w.bounds->contains(onPanel);
     });
     ASSERT_NE(firstOrdinary, windows.end());
-    EXPECT_EQ(firstOrdinary->windowNumber, logo.window);
+    EXPECT_EQ(firstOrdinary->windowNumber, front.window);
 }
 
 TEST_F(WindowsTest, PositionAndSizeLandTheOuterFrameToThePixel) {

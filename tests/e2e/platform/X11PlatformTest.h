@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <tuple>
 #include <utility>
 
 #include "x11/X11DesktopTest.h"
@@ -13,10 +14,7 @@ namespace gf::test {
 inline TestWindowOptions windowAt(int x, int y, std::string type = {}, int width = 200,
                                   int height = 150) {
     TestWindowOptions options;
-    options.x = x;
-    options.y = y;
-    options.width = width;
-    options.height = height;
+    std::tie(options.x, options.y, options.width, options.height) = std::tie(x, y, width, height);
     options.type = std::move(type);
     return options;
 }
