@@ -5,11 +5,10 @@
 
 #include <cmath>
 #include <string>
+#include <tuple>
 
 #include "platform/x11/XcbReply.h"
-#include "x11/GestureHands.h"
-#include "x11/GlimmerfoldLauncher.h"
-#include "x11/X11DesktopTest.h"
+#include "x11/GlimmerfoldDesktopTest.h"
 
 namespace gf::test {
 namespace {
@@ -52,7 +51,8 @@ class EscapeWatch {
     xcb_keycode_t escape_;
 };
 
-class GestureAppTest : public X11DesktopTest, public ::testing::WithParamInterface<WindowManager> {
+class GestureAppTest : public GlimmerfoldDesktopTest,
+                       public ::testing::WithParamInterface<WindowManager> {
   protected:
     X11Desktop::Options desktopOptions() const override {
         X11Desktop::Options options{1600, 1000, GetParam()};
@@ -61,23 +61,9 @@ class GestureAppTest : public X11DesktopTest, public ::testing::WithParamInterfa
     }
 
     void SetUp() override {
-        X11DesktopTest::SetUp();
-        ASSERT_FALSE(HasFatalFailure());
-        GlimmerfoldLauncher::Options options;
-        options.settings = {"magneticsEnabled=false"};  // snapping would blur where windows land
-        launcher_ = std::make_unique<GlimmerfoldLauncher>(desktop(), options);
-        hands_ = std::make_unique<GestureHands>(desktop());
-        glimmerfold_ = launcher_->launch();
-        ASSERT_NE(glimmerfold_, nullptr) << launcher_->error();
-        ASSERT_TRUE(desktop().trayHost().waitForIcon()) << launcher_->output();
-    }
-
-    void TearDown() override {
-        if (hands_) {
-            hands_->release();
-        }
-        if (glimmerfold_) {
-            glimmerfold_->terminate();
+        GlimmerfoldDesktopTest::SetUp();
+        if (!IsSkipped() && !HasFatalFailure()) {
+            glimmerfold_ = start();
         }
     }
 
@@ -85,10 +71,8 @@ class GestureAppTest : public X11DesktopTest, public ::testing::WithParamInterfa
 
     WindowId createFocusedWindow(int x, int y, int width, int height) {
         TestWindowOptions options;
-        options.x = x;
-        options.y = y;
-        options.width = width;
-        options.height = height;
+        std::tie(options.x, options.y, options.width, options.height) =
+            std::tie(x, y, width, height);
         const WindowId window = desktop().createWindow(options);
         const Rect frame = *frameOf(window);
         input().movePointerTo(static_cast<int>(frame.midX()), static_cast<int>(frame.midY()));
@@ -124,14 +108,11 @@ class GestureAppTest : public X11DesktopTest, public ::testing::WithParamInterfa
         xcb_flush(desktop().connection());
     }
 
-    bool hasState(WindowId window, const char* state) { return probe().hasState(window, state); }
     bool isMaximized(WindowId window) {
-        return hasState(window, "_NET_WM_STATE_MAXIMIZED_VERT") &&
-               hasState(window, "_NET_WM_STATE_MAXIMIZED_HORZ");
+        return probe().hasState(window, "_NET_WM_STATE_MAXIMIZED_VERT") &&
+               probe().hasState(window, "_NET_WM_STATE_MAXIMIZED_HORZ");
     }
 
-    std::unique_ptr<GlimmerfoldLauncher> launcher_;
-    std::unique_ptr<GestureHands> hands_;
     std::unique_ptr<ChildProcess> glimmerfold_;
 };
 
@@ -147,8 +128,8 @@ TEST_P(GestureAppTest, EscapeMaximizedAndFullscreenWindows) {
         const Rect before = *frameOf(window);
         const int x = static_cast<int>(before.x + at * before.width);
         const int y = static_cast<int>(before.y + at * before.height);
-        ASSERT_TRUE(hands_->begin(kind, window, x, y)) << "the window never followed the pointer\n"
-                                                       << launcher_->output();
+        ASSERT_TRUE(hands().begin(kind, window, x, y)) << "the window never followed the pointer\n"
+                                                       << glimmerfold().output();
         input().movePointerTo(x + 90, y + 70);
         ASSERT_TRUE(waitUntil([&] {
             const auto now = frameOf(window);
@@ -158,7 +139,7 @@ TEST_P(GestureAppTest, EscapeMaximizedAndFullscreenWindows) {
         tapEscape();
         EXPECT_TRUE(waitUntil([&] { return frameOf(window) == before; }))
             << describe(frameOf(window)) << " instead of " << describe(before);
-        hands_->release();
+        hands().release();
         EXPECT_EQ(escapes.presses(), 0) << "the focused window saw the Escape";
 
         EXPECT_TRUE(waitUntil([&] {
@@ -180,7 +161,7 @@ TEST_P(GestureAppTest, EscapeMaximizedAndFullscreenWindows) {
     const int x0 = 1100;
     const int y0 = 300;
     input().movePointerTo(x0, y0);
-    hands_->hold(GestureKind::move);
+    hands().hold(GestureKind::move);
     int steps = 0;
     while (frameOf(window) == maximized && steps < 20) {
         input().movePointerTo(x0 + ++steps, y0);
@@ -210,12 +191,12 @@ TEST_P(GestureAppTest, EscapeMaximizedAndFullscreenWindows) {
         EXPECT_TRUE(waitUntil([&] { return underPointer(pointer); }))
             << describe(frameOf(window)) << " expected " << describe(placed(x0, pointer));
     }
-    EXPECT_FALSE(hasState(window, "_NET_WM_STATE_MAXIMIZED_VERT"));
-    EXPECT_FALSE(hasState(window, "_NET_WM_STATE_MAXIMIZED_HORZ"));
+    EXPECT_FALSE(probe().hasState(window, "_NET_WM_STATE_MAXIMIZED_VERT"));
+    EXPECT_FALSE(probe().hasState(window, "_NET_WM_STATE_MAXIMIZED_HORZ"));
     tapEscape();  // maximized again, as it was
     EXPECT_TRUE(waitUntil([&] { return isMaximized(window) && frameOf(window) == maximized; }))
         << describe(frameOf(window));
-    hands_->release();
+    hands().release();
 
     // Neither combination does anything to a fullscreen window, nor takes Escape from it.
     const WindowId film = createFocusedWindow(200, 200, 300, 200);
@@ -225,7 +206,7 @@ TEST_P(GestureAppTest, EscapeMaximizedAndFullscreenWindows) {
     EscapeWatch filmEscapes(desktop(), film);
     for (const GestureKind kind : {GestureKind::move, GestureKind::resize}) {
         input().movePointerTo(1200, 800);
-        hands_->hold(kind);
+        hands().hold(kind);
         for (int step = 0; step < 10; ++step) {
             input().movePointerBy(-20, -15);
         }
@@ -234,9 +215,9 @@ TEST_P(GestureAppTest, EscapeMaximizedAndFullscreenWindows) {
         EXPECT_EQ(frameOf(film), screen) << describe(frameOf(film));
         tapEscape();
         EXPECT_EQ(filmEscapes.presses(), 1);
-        hands_->release();
+        hands().release();
     }
-    EXPECT_TRUE(hasState(film, "_NET_WM_STATE_FULLSCREEN"));
+    EXPECT_TRUE(probe().hasState(film, "_NET_WM_STATE_FULLSCREEN"));
 }
 
 INSTANTIATE_TEST_SUITE_P(MaximizingWindowManagers, GestureAppTest,

@@ -6,36 +6,24 @@
 #include <csignal>
 #include <utility>
 
-#include "x11/GestureHands.h"
-#include "x11/GlimmerfoldLauncher.h"
+#include "x11/GlimmerfoldDesktopTest.h"
 #include "x11/ScreenGrab.h"
-#include "x11/X11DesktopTest.h"
 
 namespace gf::test {
 namespace {
 
 using namespace std::chrono_literals;
 
-// The real build/glimmerfold on a private desktop with its own settings, runtime directory and log.
-class GlimmerfoldAppTest : public X11DesktopTest {
+// The real build/glimmerfold on a private desktop with its own settings, runtime directory and log;
+// the tray host only once a test starts it.
+class GlimmerfoldAppTest : public GlimmerfoldDesktopTest {
   protected:
-    void SetUp() override {
-        X11DesktopTest::SetUp();
-        ASSERT_FALSE(HasFatalFailure());
-        glimmerfold_ = std::make_unique<GlimmerfoldLauncher>(desktop());
-        hands_ = std::make_unique<GestureHands>(desktop());
-    }
-
-    void TearDown() override {
-        if (hands_) {
-            hands_->release();
-        }
-    }
+    X11Desktop::Options desktopOptions() const override { return {}; }
 
     std::unique_ptr<ChildProcess> launch(const std::string& outputName,
                                          const std::vector<std::string>& arguments = {}) {
-        auto process = glimmerfold_->launch(outputName, arguments);
-        EXPECT_NE(process, nullptr) << glimmerfold_->error();
+        auto process = glimmerfold().launch(outputName, arguments);
+        EXPECT_NE(process, nullptr) << glimmerfold().error();
         return process;
     }
     bool startTrayHost() {
@@ -43,11 +31,7 @@ class GlimmerfoldAppTest : public X11DesktopTest {
         EXPECT_TRUE(desktop().startTrayHost(&error)) << error;
         return !HasFailure();
     }
-    TrayHost& tray() { return desktop().trayHost(); }
-    std::optional<QImage> grabScreen() {
-        return test::grabScreen(desktop().connection(), desktop().root());
-    }
-    std::string output(const std::string& outputName) { return glimmerfold_->output(outputName); }
+    std::string output(const std::string& outputName) { return glimmerfold().output(outputName); }
 
     // How `glimmerfold <arguments>` ended, as a shell or a key binding sees it: the exit status
     // (none while still running after a while, or killed) and stdout and stderr together.
@@ -63,7 +47,7 @@ class GlimmerfoldAppTest : public X11DesktopTest {
     std::string notRunning() {
         return "Glimmerfold is not running on display " + desktop().displayName() + ".\n";
     }
-    std::string savedSettings() const { return glimmerfold_->settingsText(); }
+    std::string savedSettings() { return glimmerfold().settingsText(); }
     // Glimmerfold's own window (Settings or the wizard), once it shows up.
     std::optional<WindowId> ownWindow() {
         std::optional<WindowId> window;
@@ -72,24 +56,19 @@ class GlimmerfoldAppTest : public X11DesktopTest {
         return window;
     }
 
-    // A window is mapped before it is drawn: the screen counts once the window's area differs
-    // from what was there before and two reads agree.
-    std::optional<QImage> drawnArea(const Rect& frame, const QImage& before) {
+    // A window is mapped before it is drawn: it counts once its area differs from what was there
+    // before and two reads agree.
+    bool isDrawn(const Rect& frame, const QImage& before) {
         const QRect area(static_cast<int>(frame.x), static_cast<int>(frame.y),
                          static_cast<int>(frame.width), static_cast<int>(frame.height));
-        std::optional<QImage> screen;
         QImage previous;
-        const bool drawn = waitUntil([&] {
-            screen = grabScreen();
-            if (!screen) {
-                return false;
-            }
-            const QImage now = screen->copy(area);
-            const bool settled = now != before.copy(area) && now == previous;
+        return waitUntil([&] {
+            const QImage now =
+                grabScreen(desktop().connection(), desktop().root()).value_or(QImage()).copy(area);
+            const bool settled = !now.isNull() && now != before.copy(area) && now == previous;
             previous = now;
             return settled;
         });
-        return drawn ? screen : std::nullopt;
     }
 
     // What a window manager sends when its close button is pressed.
@@ -106,8 +85,6 @@ class GlimmerfoldAppTest : public X11DesktopTest {
         xcb_flush(desktop().connection());
     }
 
-    std::unique_ptr<GlimmerfoldLauncher> glimmerfold_;
-    std::unique_ptr<GestureHands> hands_;
     int commandsRun_ = 0;
 };
 
@@ -122,28 +99,28 @@ TEST_F(GlimmerfoldAppTest, CommandsDriveTheRunningInstanceAsItsTrayMenuDoesWhich
 
     EXPECT_EQ(command({"--disable"}), (Answer{0, "Glimmerfold is now disabled.\n"}));
     EXPECT_NE(savedSettings().find("isEnabled=false"), std::string::npos) << savedSettings();
-    EXPECT_FALSE(hands_->begin(GestureKind::move, logo.window, 400, 330, 1500ms))
+    EXPECT_FALSE(hands().begin(GestureKind::move, logo.window, 400, 330, 1500ms))
         << "a window followed the keys while disabled";
-    hands_->release();
+    hands().release();
     EXPECT_EQ(command({"--disable"}), (Answer{0, "Glimmerfold was already disabled.\n"}));
 
     EXPECT_EQ(command({"--toggle"}), (Answer{0, "Glimmerfold is now enabled.\n"}));
     EXPECT_NE(savedSettings().find("isEnabled=true"), std::string::npos) << savedSettings();
-    EXPECT_TRUE(hands_->begin(GestureKind::move, logo.window, 400, 330))
+    EXPECT_TRUE(hands().begin(GestureKind::move, logo.window, 400, 330))
         << "no window followed the keys once enabled again\n"
         << output("running.log");
-    hands_->release();
+    hands().release();
     EXPECT_EQ(command({"--enable"}), (Answer{0, "Glimmerfold was already enabled.\n"}));
 
     EXPECT_FALSE(probe().findClientByClass("Glimmerfold")) << "no window until asked";
     EXPECT_EQ(command({"--settings"}), (Answer{0, "Glimmerfold's Settings window is open.\n"}));
     EXPECT_TRUE(ownWindow()) << output("running.log");
 
-    const std::optional<QImage> menuClosed = grabScreen();
+    const std::optional<QImage> menuClosed = grabScreen(desktop().connection(), desktop().root());
     ASSERT_TRUE(menuClosed);
     const std::optional<Rect> menuFrame = tray().openMenu();
     ASSERT_TRUE(menuFrame) << "the tray menu did not open";
-    ASSERT_TRUE(drawnArea(*menuFrame, *menuClosed)) << "the tray menu was never drawn";
+    ASSERT_TRUE(isDrawn(*menuFrame, *menuClosed)) << "the tray menu was never drawn";
     // "Quit Glimmerfold" is the last item.
     tray().clickAt(menuFrame->midX(), menuFrame->maxY() - 12, 1);
     EXPECT_EQ(running->waitForExit(10s), 0) << output("running.log");
@@ -152,7 +129,7 @@ TEST_F(GlimmerfoldAppTest, CommandsDriveTheRunningInstanceAsItsTrayMenuDoesWhich
 }
 
 // Without a tray the Settings window opens and says why. Without an instance the commands change
-// nothing and say so; --settings starts one, which --quit ends.
+// nothing and say so; --settings starts one, which --quit ends, as closing the wizard does.
 TEST_F(GlimmerfoldAppTest, WithoutATrayOrAnInstanceItSaysSoAndSettingsStartsOne) {
     auto trayless = launch("trayless.log");
     ASSERT_NE(trayless, nullptr);
@@ -194,19 +171,17 @@ TEST_F(GlimmerfoldAppTest, WithoutATrayOrAnInstanceItSaysSoAndSettingsStartsOne)
     EXPECT_EQ(command({"--quit"}), (Answer{0, "Glimmerfold has quit.\n"}));
     EXPECT_EQ(started->waitForExit(10s), 0) << output("started.log");
     EXPECT_EQ(command({"--quit"}), (Answer{1, notRunning()}));
-}
 
-// Under Wayland the first run cannot get past the grants; closing the wizard, as the window
-// manager's close button does, ends Glimmerfold cleanly instead of leaving it running unseen.
-TEST_F(GlimmerfoldAppTest, ClosingTheFirstRunWizardQuitsCleanly) {
-    glimmerfold_->writeSettings("[General]\nhasCompletedSetup=false\n");
-    glimmerfold_->setEnvironment("XDG_SESSION_TYPE", "wayland");
-    auto glimmerfold = launch("glimmerfold.log");
-    ASSERT_NE(glimmerfold, nullptr);
+    // Under Wayland the first run cannot get past the grants; closing the wizard, as the window
+    // manager's close button does, ends Glimmerfold cleanly instead of leaving it running unseen.
+    glimmerfold().writeSettings("[General]\nhasCompletedSetup=false\n");
+    glimmerfold().setEnvironment("XDG_SESSION_TYPE", "wayland");
+    auto firstRun = launch("first-run.log");
+    ASSERT_NE(firstRun, nullptr);
     const std::optional<WindowId> wizard = ownWindow();
-    ASSERT_TRUE(wizard) << output("glimmerfold.log");
+    ASSERT_TRUE(wizard) << output("first-run.log");
     requestClose(*wizard);
-    EXPECT_EQ(glimmerfold->waitForExit(10s), 0) << output("glimmerfold.log");
+    EXPECT_EQ(firstRun->waitForExit(10s), 0) << output("first-run.log");
     EXPECT_NE(savedSettings().find("hasCompletedSetup=false"), std::string::npos)
         << savedSettings();
 }
