@@ -2,6 +2,7 @@
 #include <unistd.h>
 #include <xcb/xcb.h>
 
+#include <algorithm>
 #include <fstream>
 
 #include "X11PlatformTest.h"
@@ -110,13 +111,9 @@ class ApplicationRegistryTest : public X11PlatformTest {
     }
 
     std::optional<RunningApplication> applicationOf(std::int32_t pid) {
-        for (const RunningApplication& application :
-             platform_->applications().runningApplications()) {
-            if (application.pid == pid) {
-                return application;
-            }
-        }
-        return std::nullopt;
+        const auto all = platform_->applications().runningApplications();
+        const auto found = std::ranges::find(all, pid, &RunningApplication::pid);
+        return found == all.end() ? std::nullopt : std::optional(*found);
     }
 
     std::filesystem::path applications_;

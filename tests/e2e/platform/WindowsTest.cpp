@@ -17,22 +17,17 @@ class WindowsTest : public X11PlatformTest {
     WindowServer& server() { return platform_->windowServer(); }
 
     std::optional<WindowDescription> listed(WindowId window) {
-        for (const WindowDescription& w : server().onScreenWindows()) {
-            if (w.windowNumber == window) {
-                return w;
-            }
-        }
-        return std::nullopt;
+        const std::vector<WindowDescription> all = server().onScreenWindows();
+        const auto found = std::ranges::find(all, window, &WindowDescription::windowNumber);
+        return found == all.end() ? std::nullopt : std::optional(*found);
     }
 
     std::shared_ptr<WindowHandle> handleOf(std::int32_t pid, WindowId window) {
-        for (const auto& handle : platform_->windowControl().windowsOfProcess(pid).value_or(
-                 std::vector<std::shared_ptr<WindowHandle>>{})) {
-            if (handle->windowNumber() == window) {
-                return handle;
-            }
-        }
-        return nullptr;
+        const auto handles = platform_->windowControl().windowsOfProcess(pid).value_or(
+            std::vector<std::shared_ptr<WindowHandle>>{});
+        const auto found = std::ranges::find_if(
+            handles, [&](const auto& handle) { return handle->windowNumber() == window; });
+        return found == handles.end() ? nullptr : *found;
     }
 
     bool frameBecomes(WindowId window, Rect expected) {
@@ -109,7 +104,7 @@ TEST_F(WindowsTest, WindowAtGivesTheClientUnderThePointerByItsOuterFrameAndLayer
     EXPECT_EQ(firstOrdinary->windowNumber, front.window);
 }
 
-TEST_F(WindowsTest, PositionAndSizeLandTheOuterFrameToThePixel) {
+TEST_F(WindowsTest, PositionSizeAndStateLandAndReadTheOuterFrameToThePixel) {
     TestClient& logo = desktop().startXlogo(100, 80, 200, 150);
     auto handle = handleOf(logo.pid, logo.window);
     ASSERT_NE(handle, nullptr);
@@ -119,10 +114,8 @@ TEST_F(WindowsTest, PositionAndSizeLandTheOuterFrameToThePixel) {
     EXPECT_GT(handle->size()->width, 200) << "the frame, decorations included";
     ASSERT_TRUE(handle->setPosition({-20, 5}));
     EXPECT_TRUE(frameBecomes(logo.window, {-20, 5, before.width, before.height}));
-    // Sent back to back, faster than the window manager applies them.
     ASSERT_TRUE(handle->setSize({260, 190}));
-    ASSERT_TRUE(handle->setPosition({140, 120}));
-    EXPECT_TRUE(frameBecomes(logo.window, {140, 120, 260, 190}));
+    EXPECT_TRUE(frameBecomes(logo.window, {-20, 5, 260, 190}));
     EXPECT_EQ(handle->size(), (Size{260, 190}));
 
     TestWindowOptions fixed = windowAt(500, 0);
@@ -133,6 +126,15 @@ TEST_F(WindowsTest, PositionAndSizeLandTheOuterFrameToThePixel) {
     EXPECT_EQ(handles->front()->windowNumber(), fixedWindow);
     EXPECT_EQ(handles->front()->isSizeSettable(), false);
     EXPECT_EQ(handle->isSizeSettable(), true);
+
+    // Fullscreen as the window manager keeps it, which no gesture takes on.
+    TestWindowOptions film = windowAt(0, 0);
+    film.states = {"_NET_WM_STATE_FULLSCREEN"};
+    const std::shared_ptr<WindowHandle> filmHandle =
+        handleOf(getpid(), desktop().createWindow(film));
+    ASSERT_NE(filmHandle, nullptr);
+    EXPECT_TRUE(waitUntil([&] { return filmHandle->state().fullscreen; }));
+    EXPECT_FALSE(handle->state().fullscreen);
 }
 
 class WithoutWindowManagerTest : public WindowsTest {
