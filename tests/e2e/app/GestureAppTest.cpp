@@ -1,5 +1,5 @@
-// Escape during a gesture, maximized and fullscreen windows: the real program on the window
-// managers that keep those states, over a focused window of the test's own.
+// Escape during a gesture and maximized windows: the real program on the window managers that
+// keep that state, over a focused window of the test's own.
 #include <gtest/gtest.h>
 #include <xcb/xcb.h>
 
@@ -38,10 +38,8 @@ class EscapeWatch {
         xcbReply(c, xcb_get_input_focus_reply, xcb_get_input_focus(c));  // all sent has arrived
         int count = 0;
         while (XcbPointer<xcb_generic_event_t> event{xcb_poll_for_event(c)}) {
-            if ((event->response_type & 0x7f) == XCB_KEY_PRESS &&
-                reinterpret_cast<const xcb_key_press_event_t*>(event.get())->detail == escape_) {
-                ++count;
-            }
+            const auto* key = reinterpret_cast<const xcb_key_press_event_t*>(event.get());
+            count += (event->response_type & 0x7f) == XCB_KEY_PRESS && key->detail == escape_;
         }
         return count;
     }
@@ -60,28 +58,7 @@ class GestureAppTest : public GlimmerfoldDesktopTest,
         return options;
     }
 
-    void SetUp() override {
-        GlimmerfoldDesktopTest::SetUp();
-        if (!IsSkipped() && !HasFatalFailure()) {
-            glimmerfold_ = start();
-        }
-    }
-
     std::optional<Rect> frameOf(WindowId window) const { return probe().frameGeometry(window); }
-
-    WindowId createFocusedWindow(int x, int y, int width, int height) {
-        TestWindowOptions options;
-        std::tie(options.x, options.y, options.width, options.height) =
-            std::tie(x, y, width, height);
-        const WindowId window = desktop().createWindow(options);
-        const Rect frame = *frameOf(window);
-        input().movePointerTo(static_cast<int>(frame.midX()), static_cast<int>(frame.midY()));
-        input().pressButton(1);
-        input().releaseButton(1);
-        EXPECT_TRUE(waitUntil([&] { return probe().focusedClient() == window; }))
-            << "the window never took the focus";
-        return window;
-    }
 
     void tapEscape() {
         input().pressKey(Keysym::escape);
@@ -89,18 +66,16 @@ class GestureAppTest : public GlimmerfoldDesktopTest,
         input().sync();
     }
 
-    // What a pager sends to add states to a window; the window manager carries it out.
-    void addStates(WindowId window, std::initializer_list<const char*> states) {
+    // What a pager sends to maximize a window; the window manager carries it out.
+    void maximize(WindowId window) {
         xcb_client_message_event_t event{};
         event.response_type = XCB_CLIENT_MESSAGE;
         event.format = 32;
         event.window = window;
         event.type = probe().atom("_NET_WM_STATE");
         event.data.data32[0] = 1;  // add
-        std::size_t i = 1;
-        for (const char* state : states) {
-            event.data.data32[i++] = probe().atom(state);
-        }
+        event.data.data32[1] = probe().atom("_NET_WM_STATE_MAXIMIZED_VERT");
+        event.data.data32[2] = probe().atom("_NET_WM_STATE_MAXIMIZED_HORZ");
         event.data.data32[3] = 2;  // the source is a pager or similar tool
         xcb_send_event(desktop().connection(), 0, desktop().root(),
                        XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
@@ -112,12 +87,18 @@ class GestureAppTest : public GlimmerfoldDesktopTest,
         return probe().hasState(window, "_NET_WM_STATE_MAXIMIZED_VERT") &&
                probe().hasState(window, "_NET_WM_STATE_MAXIMIZED_HORZ");
     }
-
-    std::unique_ptr<ChildProcess> glimmerfold_;
 };
 
-TEST_P(GestureAppTest, EscapeMaximizedAndFullscreenWindows) {
-    const WindowId window = createFocusedWindow(500, 300, 400, 300);
+TEST_P(GestureAppTest, EscapeAndMaximizedWindows) {
+    const auto program = start();
+    ASSERT_TRUE(program && !HasFailure());
+    TestWindowOptions options;
+    std::tie(options.x, options.y, options.width, options.height) = std::tuple(500, 300, 400, 300);
+    const WindowId window = desktop().createWindow(options);
+    input().movePointerTo(700, 450);  // a click in the middle gives it the focus
+    input().pressButton(1);
+    input().releaseButton(1);
+    ASSERT_TRUE(waitUntil([&] { return probe().focusedClient() == window; }));
     EscapeWatch escapes(desktop(), window);
     tapEscape();
     ASSERT_EQ(escapes.presses(), 1) << "without a gesture Escape reaches the focused window";
@@ -150,7 +131,7 @@ TEST_P(GestureAppTest, EscapeMaximizedAndFullscreenWindows) {
 
     // Escape put it back where it was: its normal frame, which a restore gives back.
     const Rect normal = *frameOf(window);
-    addStates(window, {"_NET_WM_STATE_MAXIMIZED_VERT", "_NET_WM_STATE_MAXIMIZED_HORZ"});
+    maximize(window);
     ASSERT_TRUE(waitUntil([&] {
         return isMaximized(window) && frameOf(window).value_or(Rect{}).width == 1600;
     })) << describe(frameOf(window));
@@ -191,33 +172,12 @@ TEST_P(GestureAppTest, EscapeMaximizedAndFullscreenWindows) {
         EXPECT_TRUE(waitUntil([&] { return underPointer(pointer); }))
             << describe(frameOf(window)) << " expected " << describe(placed(x0, pointer));
     }
-    EXPECT_FALSE(probe().hasState(window, "_NET_WM_STATE_MAXIMIZED_VERT"));
-    EXPECT_FALSE(probe().hasState(window, "_NET_WM_STATE_MAXIMIZED_HORZ"));
+    EXPECT_FALSE(probe().hasState(window, "_NET_WM_STATE_MAXIMIZED_VERT") ||
+                 probe().hasState(window, "_NET_WM_STATE_MAXIMIZED_HORZ"));
     tapEscape();  // maximized again, as it was
     EXPECT_TRUE(waitUntil([&] { return isMaximized(window) && frameOf(window) == maximized; }))
         << describe(frameOf(window));
     hands().release();
-
-    // Neither combination does anything to a fullscreen window, nor takes Escape from it.
-    const WindowId film = createFocusedWindow(200, 200, 300, 200);
-    addStates(film, {"_NET_WM_STATE_FULLSCREEN"});
-    const Rect screen{0, 0, 1600, 1000};
-    ASSERT_TRUE(waitUntil([&] { return frameOf(film) == screen; })) << describe(frameOf(film));
-    EscapeWatch filmEscapes(desktop(), film);
-    for (const GestureKind kind : {GestureKind::move, GestureKind::resize}) {
-        input().movePointerTo(1200, 800);
-        hands().hold(kind);
-        for (int step = 0; step < 10; ++step) {
-            input().movePointerBy(-20, -15);
-        }
-        input().sync();
-        processEventsFor(300ms);
-        EXPECT_EQ(frameOf(film), screen) << describe(frameOf(film));
-        tapEscape();
-        EXPECT_EQ(filmEscapes.presses(), 1);
-        hands().release();
-    }
-    EXPECT_TRUE(probe().hasState(film, "_NET_WM_STATE_FULLSCREEN"));
 }
 
 INSTANTIATE_TEST_SUITE_P(MaximizingWindowManagers, GestureAppTest,
