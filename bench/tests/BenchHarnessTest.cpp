@@ -83,11 +83,10 @@ TEST_F(BenchHarnessTest, ARaiseIsReportedAsItHappens) {
     auto crowd = WindowCrowd::open(desktop_->displayName(), &error);
     ASSERT_NE(crowd, nullptr) << error;
     ASSERT_TRUE(crowd->growTo(40, Rect{240, 190, 320, 290}));
-    const test::DesktopProbe& probe = desktop_->probe();
 
     auto stacking = StackingWatcher::open(desktop_->displayName(), &error);
     ASSERT_NE(stacking, nullptr) << error;
-    const test::WindowId lowest = *probe.frameOf(crowd->first());
+    const test::WindowId lowest = *desktop_->probe().frameOf(crowd->first());
     ASSERT_TRUE(stacking->expectAbove(stage_->frame(), lowest));
     const auto asked = Clock::now();
     const std::uint32_t above = XCB_STACK_MODE_ABOVE;
@@ -97,7 +96,7 @@ TEST_F(BenchHarnessTest, ARaiseIsReportedAsItHappens) {
     const std::optional<Clock::time_point> raised = stacking->waitForAbove(2s);
     ASSERT_TRUE(raised) << "openbox raises a window that asks";
     EXPECT_GT(*raised, asked);
-    EXPECT_TRUE(probe.isAbove(stage_->client(), crowd->first()));
+    EXPECT_TRUE(desktop_->probe().isAbove(stage_->client(), crowd->first()));
     EXPECT_FALSE(stacking->expectAbove(stage_->frame(), lowest)) << "already above";
 }
 

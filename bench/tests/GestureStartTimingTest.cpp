@@ -58,8 +58,7 @@ TEST(GestureStartTimingTest, ReadsFromTheFrameWhichMotionsThePointerReadHadSeenO
 
     EXPECT_FALSE(timeGestureStart(keys, sent, path, before, {before}, &problem));
     EXPECT_EQ(problem, "the window did not follow the pointer");
-    FrameReport elsewhere = before;
-    elsewhere.x += 500;
+    const FrameReport elsewhere = frameAt(before, {500, 0}, {}, before.time);
     EXPECT_FALSE(timeGestureStart(keys, sent, path, before, {elsewhere}, &problem));
     EXPECT_EQ(problem, "the window's positions match no pointer position sent");
 }

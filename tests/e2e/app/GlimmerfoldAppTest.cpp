@@ -78,8 +78,7 @@ class GlimmerfoldAppTest : public GlimmerfoldDesktopTest {
         event.format = 32;
         event.window = window;
         event.type = probe().atom("WM_PROTOCOLS");
-        event.data.data32[0] = probe().atom("WM_DELETE_WINDOW");
-        event.data.data32[1] = XCB_CURRENT_TIME;
+        event.data.data32[0] = probe().atom("WM_DELETE_WINDOW");  // the time: 0, the current one
         xcb_send_event(desktop().connection(), 0, window, XCB_EVENT_MASK_NO_EVENT,
                        reinterpret_cast<const char*>(&event));
         xcb_flush(desktop().connection());

@@ -184,26 +184,6 @@ class WindowManagerMatrixTest : public EngineDesktopTest,
                                 public ::testing::WithParamInterface<WindowManager> {
   protected:
     X11Desktop::Options desktopOptions() const override { return {1600, 1000, GetParam()}; }
-
-    // The newest window has the focus, but without a window manager nobody gives it.
-    bool newestHasTheFocus(WindowId newest) {
-        if (GetParam() == WindowManager::none) {
-            xcb_set_input_focus(desktop().connection(), XCB_INPUT_FOCUS_POINTER_ROOT, newest,
-                                XCB_CURRENT_TIME);
-            input().sync();
-        }
-        return waitUntil([&] { return probe().focusedClient() == newest; });
-    }
-
-    // Grabs the pointer from the test's own connection: another client, to the backend.
-    bool grabPointer() {
-        xcb_connection_t* c = desktop().connection();
-        auto grab = xcbReply(
-            c, xcb_grab_pointer_reply,
-            xcb_grab_pointer(c, 0, desktop().root(), 0, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC,
-                             XCB_WINDOW_NONE, XCB_CURSOR_NONE, XCB_CURRENT_TIME));
-        return grab && grab->status == XCB_GRAB_STATUS_SUCCESS;
-    }
 };
 
 TEST_P(WindowManagerMatrixTest, MovesAndResizesFromEveryCornerByTheVisibleFrame) {
@@ -274,12 +254,16 @@ TEST_P(WindowManagerMatrixTest,
     const WindowId upper = desktop().startXlogo(350, 250, 300, 200).window;
     const WindowId typing = desktop().startXlogo(900, 500, 200, 150).window;  // has the focus
     ASSERT_TRUE(probe().isAbove(upper, lower));
-    const Rect lowerFrame = frameOf(lower);
-    const Point onLowerOnly{lowerFrame.x + 10, lowerFrame.y + 10};
+    const Point onLowerOnly{frameOf(lower).x + 10, frameOf(lower).y + 10};
     const Point onNothing{1300, 850};
     const bool focusMustStay = honoursRestackOfUnfocusedWindows(GetParam());
+    if (GetParam() == WindowManager::none) {  // nobody gives the newest window the focus
+        xcb_set_input_focus(desktop().connection(), XCB_INPUT_FOCUS_POINTER_ROOT, typing,
+                            XCB_CURRENT_TIME);
+        input().sync();
+    }
     if (focusMustStay) {
-        ASSERT_TRUE(newestHasTheFocus(typing));
+        ASSERT_TRUE(waitUntil([&] { return probe().focusedClient() == typing; }));
     }
     autoRaise_->start();
     settle();  // the pointer monitor's selection is in effect before the pointer moves
@@ -293,13 +277,18 @@ TEST_P(WindowManagerMatrixTest,
     input().releaseButton(1);
     settle();
 
-    // Another client grabs the pointer, as a menu or a drag and drop does.
+    // Another client grabs the pointer, as a menu or a drag and drop does: the test's connection.
     pointerAt(onNothing);
-    ASSERT_TRUE(grabPointer());
+    xcb_connection_t* c = desktop().connection();
+    auto grab = xcbReply(
+        c, xcb_grab_pointer_reply,
+        xcb_grab_pointer(c, 0, desktop().root(), 0, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC,
+                         XCB_WINDOW_NONE, XCB_CURSOR_NONE, XCB_CURRENT_TIME));
+    ASSERT_TRUE(grab && grab->status == XCB_GRAB_STATUS_SUCCESS);
     moveFromTo(onNothing, onLowerOnly);
     processEventsFor(wellPastTheDelay);
     EXPECT_TRUE(probe().isAbove(upper, lower)) << "raised while another client grabbed the pointer";
-    xcb_ungrab_pointer(desktop().connection(), XCB_CURRENT_TIME);
+    xcb_ungrab_pointer(c, XCB_CURRENT_TIME);
     input().sync();
 
     moveFromTo(onNothing, onLowerOnly);  // free again
