@@ -61,9 +61,9 @@ void EventThread::run() {
         if ((descriptors[1].revents & POLLIN) != 0) {
             return;
         }
-        const Clock::time_point arrived = Clock::now();
+        // Stamped one by one: draining also reads events that came after the wake-up.
         while (XcbPointer<xcb_generic_event_t> event{xcb_poll_for_event(connection_)}) {
-            handler_(arrived, *event);
+            handler_(Clock::now(), *event);
         }
         if (xcb_connection_has_error(connection_) != 0) {
             return;

@@ -12,7 +12,7 @@
 namespace gf::bench {
 
 // Reads a connection's events on a thread of its own as soon as they come and
-// hands each to a handler with the moment its batch arrived. The connection is
+// hands each to a handler with the moment it was read. The connection is
 // the caller's and must be used for nothing else while the thread runs, so
 // that nothing but the scheduler stands between an event and its stamp.
 class EventThread {
