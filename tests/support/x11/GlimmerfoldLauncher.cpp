@@ -46,7 +46,7 @@ std::optional<std::string> GlimmerfoldLauncher::sandboxUnavailable() {
     static const std::optional<std::string> reason = []() -> std::optional<std::string> {
         const std::filesystem::path tmp = std::filesystem::temp_directory_path();
         ChildProcess::Options options;
-        options.arguments = {GLIMMERFOLD_SANDBOX, "--tmp", tmp.string(), "--", "true"};
+        options.arguments = {GLIMMERFOLD_SANDBOX, tmp.string(), "--", "true"};
         options.outputFile = tmp / ("glimmerfold-sandbox-check-" + std::to_string(::getpid()));
         std::string error;
         auto check = ChildProcess::start(options, &error);
@@ -73,13 +73,8 @@ std::unique_ptr<ChildProcess> GlimmerfoldLauncher::launch(
     const std::string& outputName, const std::vector<std::string>& arguments) {
     ChildProcess::Options options;
     if (options_.sandboxed) {
-        options.arguments = {GLIMMERFOLD_SANDBOX, "--tmp", privateTmp_.string()};
-        for (const std::filesystem::path& directory : kept_) {
-            // Only what lies under /tmp would be hidden.
-            if (directory.string().rfind("/tmp/", 0) == 0) {
-                options.arguments.insert(options.arguments.end(), {"--keep", directory.string()});
-            }
-        }
+        options.arguments = {GLIMMERFOLD_SANDBOX, privateTmp_.string()};
+        options.arguments.insert(options.arguments.end(), kept_.begin(), kept_.end());
         options.arguments.emplace_back("--");
     }
     options.arguments.push_back(options_.program);
