@@ -1,7 +1,6 @@
 #include "x11/ChildProcess.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -67,9 +66,7 @@ std::vector<char*> pointersTo(std::vector<std::string>& strings) {
 
 std::unique_ptr<ChildProcess> ChildProcess::start(const Options& options, std::string* error) {
     auto fail = [error](const std::string& message) -> std::unique_ptr<ChildProcess> {
-        if (error != nullptr) {
-            *error = message;
-        }
+        *error = message;
         return nullptr;
     };
     if (options.arguments.empty()) {
@@ -179,19 +176,6 @@ std::string lastLines(const std::filesystem::path& file, std::size_t lines) {
         text << "  " << all[i] << "\n";
     }
     return text.str();
-}
-
-std::optional<std::string> readLine(int fd, std::chrono::milliseconds timeout) {
-    pollfd descriptor{fd, POLLIN, 0};
-    if (poll(&descriptor, 1, static_cast<int>(timeout.count())) <= 0) {
-        return std::nullopt;
-    }
-    // The writer writes its line at once; a writer that is gone ends it early.
-    std::string line;
-    for (char c = 0; read(fd, &c, 1) == 1 && c != '\n';) {
-        line += c;
-    }
-    return line;
 }
 
 }  // namespace gf::test

@@ -47,8 +47,6 @@ class ChildProcess {
     int status_ = 0;
 };
 
-// The first line written to the descriptor; nullopt when it is closed first or time runs out.
-std::optional<std::string> readLine(int fd, std::chrono::milliseconds timeout);
 std::string fileText(const std::filesystem::path& path);  // empty when it cannot be read
 std::vector<std::string> linesOf(const std::filesystem::path& file);
 std::string lastLines(const std::filesystem::path& file, std::size_t lines);

@@ -138,20 +138,10 @@ std::optional<WindowId> DesktopProbe::focusedClient() const {
         return std::nullopt;
     }
     // Focus may sit on the client, on one of its subwindows or on the frame.
-    WindowId window = focus->focus;
-    while (!hasWmState(window)) {
-        const std::optional<WindowId> parent = parentOf(window);
-        if (parent == root_) {
-            const std::optional<WindowId> client = clientAtOrBelow(window);
-            // Without a window manager, an unmanaged top-level window is its own client.
-            return client || windowManagerRuns() ? client : std::optional(window);
-        }
-        if (!parent) {
-            return std::nullopt;
-        }
-        window = *parent;
-    }
-    return window;
+    const std::optional<WindowId> topLevel = frameOf(focus->focus);
+    const std::optional<WindowId> client = topLevel ? clientAtOrBelow(*topLevel) : std::nullopt;
+    // Without a window manager, an unmanaged top-level window is its own client.
+    return client || !topLevel || windowManagerRuns() ? client : topLevel;
 }
 
 std::optional<WindowId> DesktopProbe::activeWindow() const {

@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -27,7 +26,7 @@ class GlimmerfoldLauncher {
     GlimmerfoldLauncher(X11Desktop& desktop, Options options);
     explicit GlimmerfoldLauncher(X11Desktop& desktop) : GlimmerfoldLauncher(desktop, Options{}) {}
 
-    static std::optional<std::string> sandboxUnavailable();  // why it cannot run here, if so
+    static bool sandboxWorks();
     static std::string executable();
 
     std::filesystem::path settingsFile() const {

@@ -57,32 +57,34 @@ std::unique_ptr<X11Desktop> X11Desktop::start(const Options& options, std::strin
 }
 
 bool X11Desktop::startServer(const Options& options, std::string* error) {
-    std::array<int, 2> pipe{};
-    if (pipe2(pipe.data(), O_CLOEXEC) != 0) {
-        *error = "cannot create a pipe";
-        return false;
-    }
+    // Xvfb picks a free display and writes its number here once it takes connections.
+    const std::filesystem::path numberFile = directory_ / "display";
+    const int numberFd = open(numberFile.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
     const std::string screen =
         std::to_string(options.width) + "x" + std::to_string(options.height) + "x24";
     ChildProcess::Options server;
-    server.arguments = {"Xvfb",      "-displayfd", std::to_string(pipe[1]),
+    server.arguments = {"Xvfb",      "-displayfd", std::to_string(numberFd),
                         "-screen",   "0",          screen,
                         "-nolisten", "tcp",        "-noreset"};
     server.outputFile = (directory_ / "xvfb.log").string();
-    server.inheritedFd = pipe[1];
+    server.inheritedFd = numberFd;
     server_ = ChildProcess::start(server, error);
-    close(pipe[1]);
-    const std::optional<std::string> number =
-        server_ ? readLine(pipe[0], kServerStartTimeout) : std::nullopt;
-    close(pipe[0]);
+    close(numberFd);
     if (!server_) {
         return false;
     }
-    if (!number || number->empty()) {
+    std::string number;
+    waitUntil(
+        [&] {
+            number = fileText(numberFile);
+            return number.ends_with('\n') || !server_->isRunning();
+        },
+        kServerStartTimeout);
+    if (!number.ends_with('\n')) {
         *error = "Xvfb did not report its display\n" + logTail();
         return false;
     }
-    displayName_ = ":" + *number;
+    displayName_ = ":" + number.substr(0, number.size() - 1);
     connection_ = XcbConnection::open(displayName_.c_str(), error);
     if (!connection_) {
         return false;
@@ -208,9 +210,8 @@ TestClient& X11Desktop::startClient(ChildProcess::Options options,
                                     std::optional<std::pair<int, int>> framePosition) {
     auto client = std::make_unique<TestClient>();
     const std::vector<std::string>& arguments = options.arguments;
-    const auto own = options.environment;
-    options.environment = clientEnvironment();
-    options.environment.insert(options.environment.end(), own.begin(), own.end());
+    const auto display = clientEnvironment();
+    options.environment.insert(options.environment.begin(), display.begin(), display.end());
     options.outputFile = (directory_ / (arguments.front() + ".log")).string();
     std::string error;
     client->process = ChildProcess::start(options, &error);

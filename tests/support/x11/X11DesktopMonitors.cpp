@@ -9,15 +9,6 @@
 
 namespace gf::test {
 
-namespace {
-
-std::string atomName(const xcb_get_atom_name_reply_t& reply) {
-    return {xcb_get_atom_name_name(&reply),
-            static_cast<std::size_t>(xcb_get_atom_name_name_length(&reply))};
-}
-
-}  // namespace
-
 void X11Desktop::setMonitors(const std::vector<Rect>& monitors, std::size_t primary) {
     xcb_connection_t* c = connection();
     auto resources = xcbReply(c, xcb_randr_get_screen_resources_current_reply,
@@ -46,7 +37,10 @@ void X11Desktop::setMonitors(const std::vector<Rect>& monitors, std::size_t prim
                                                 : xcbReply(c, xcb_get_atom_name_reply,
                                                            xcb_get_atom_name(c, it.data->name));
             if (name) {
-                arguments.insert(arguments.end(), {"--delmonitor", atomName(*name)});
+                arguments.insert(
+                    arguments.end(),
+                    {"--delmonitor", std::string(xcb_get_atom_name_name(name.get()),
+                                                 xcb_get_atom_name_name_length(name.get()))});
             }
         }
     }

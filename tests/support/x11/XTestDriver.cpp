@@ -25,22 +25,13 @@ XTestDriver::XTestDriver(xcb_connection_t* connection, std::uint32_t root)
 
 std::unique_ptr<XTestDriver> XTestDriver::connect(const std::string& displayName,
                                                   std::string* error) {
-    xcb_connection_t* connection = xcb_connect(displayName.c_str(), nullptr);
-    if (xcb_connection_has_error(connection) != 0) {
-        xcb_disconnect(connection);
-        *error = "cannot connect to " + displayName + " to play input";
+    auto connection = XcbConnection::open(displayName.c_str(), error);
+    if (!connection) {
         return nullptr;
     }
-    auto driver = std::make_unique<XTestDriver>(
-        connection, xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root);
-    driver->ownsConnection_ = true;
+    auto driver = std::make_unique<XTestDriver>(connection->get(), connection->root());
+    driver->ownConnection_ = std::move(connection);
     return driver;
-}
-
-XTestDriver::~XTestDriver() {
-    if (ownsConnection_) {
-        xcb_disconnect(connection_);
-    }
 }
 
 std::uint8_t XTestDriver::findKeycode(std::uint32_t keysym) const {

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/x11/XcbConnection.h"
+
 namespace gf::test {
 
 namespace Keysym {
@@ -24,9 +26,6 @@ class XTestDriver {
     XTestDriver(xcb_connection_t* connection, std::uint32_t root);
     // On a connection of its own, so input never waits behind other requests.
     static std::unique_ptr<XTestDriver> connect(const std::string& displayName, std::string* error);
-    XTestDriver(const XTestDriver&) = delete;
-    XTestDriver& operator=(const XTestDriver&) = delete;
-    ~XTestDriver();
 
     void pressKey(std::uint32_t keysym) { fakeInput(XCB_KEY_PRESS, keycodeOf(keysym), 0, 0); }
     void releaseKey(std::uint32_t keysym) { fakeInput(XCB_KEY_RELEASE, keycodeOf(keysym), 0, 0); }
@@ -48,9 +47,9 @@ class XTestDriver {
     void sendInput(std::uint8_t type, std::uint8_t detail, int x, int y);
     std::uint8_t findKeycode(std::uint32_t keysym) const;
 
+    std::unique_ptr<XcbConnection> ownConnection_;
     xcb_connection_t* connection_;
     std::uint32_t root_;
-    bool ownsConnection_ = false;
     // Read once, so that looking a key up costs no round trip.
     std::uint8_t firstKeycode_ = 0;
     std::size_t keysymsPerKeycode_ = 0;
