@@ -61,30 +61,17 @@ ChildProcess::Options windowManagerProcess(
                 "xfwm4", "--sm-client-disable",
                 windowManager == WindowManager::xfwm4 ? "--compositor=off" : "--compositor=on"};
             break;
-        case WindowManager::icewm: {
-            const std::filesystem::path config = directory / "icewm";
-            std::filesystem::create_directories(config);
-            std::filesystem::copy_file(kConfigs / "icewm-preferences", config / "preferences");
-            process.environment.emplace_back("ICEWM_PRIVCFG", config.string());
-            process.arguments = {"icewm", "--config=" + (config / "preferences").string()};
+        case WindowManager::icewm:
+            std::filesystem::copy(kConfigs / "icewm", directory / "icewm");
+            process.environment.emplace_back("ICEWM_PRIVCFG", (directory / "icewm").string());
+            process.arguments = {"icewm", "--config=" + (directory / "icewm/preferences").string()};
             break;
-        }
-        case WindowManager::fluxbox: {
-            // Elsewhere, a first start overwrites the -rc file with the system's defaults.
-            const std::filesystem::path config = directory / ".fluxbox";
-            std::filesystem::create_directories(config);
-            std::ofstream(config / "keys");
-            std::ofstream(config / "apps");
-            // Else fbsetbg, without a wallpaper setter, shows a message box that takes the focus.
-            std::filesystem::copy_file(kConfigs / "fluxbox-overlay", config / "overlay");
-            std::ofstream(config / "init")
-                << "session.keyFile: " << (config / "keys").string()
-                << "\nsession.appsFile: " << (config / "apps").string()
-                << "\nsession.styleOverlay: " << (config / "overlay").string() << "\n"
-                << fileText(kConfigs / "fluxbox-init");
-            process.arguments = {"fluxbox", "-rc", (config / "init").string()};
+        case WindowManager::fluxbox:
+            // Elsewhere, a first start overwrites the -rc file with the system's defaults; the
+            // overlay unsets the wallpaper, as fbsetbg would show a message box that takes focus.
+            std::filesystem::copy(kConfigs / "fluxbox", directory / ".fluxbox");
+            process.arguments = {"fluxbox", "-rc", (directory / ".fluxbox/init").string()};
             break;
-        }
         case WindowManager::none:
             break;
     }

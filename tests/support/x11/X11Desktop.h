@@ -130,6 +130,7 @@ class X11Desktop {
     std::unique_ptr<TrayHost> trayHost_;
     std::string displayName_;
     std::string sessionBusAddress_;
+    std::size_t monitorsSet_ = 0;  // named GLIMMERFOLD-0 and on
     WindowManager windowManagerKind_ = WindowManager::none;
 };
 

@@ -29,20 +29,8 @@ void X11Desktop::setMonitors(const std::vector<Rect>& monitors, std::size_t prim
 
     // libxcb-randr's SetMonitor request is malformed; the automatic monitor goes with its output.
     std::vector<std::string> arguments{"xrandr"};
-    if (auto existing =
-            xcbReply(c, xcb_randr_get_monitors_reply, xcb_randr_get_monitors(c, root(), 0))) {
-        for (auto it = xcb_randr_get_monitors_monitors_iterator(existing.get()); it.rem > 0;
-             xcb_randr_monitor_info_next(&it)) {
-            auto name = it.data->automatic != 0 ? nullptr
-                                                : xcbReply(c, xcb_get_atom_name_reply,
-                                                           xcb_get_atom_name(c, it.data->name));
-            if (name) {
-                arguments.insert(
-                    arguments.end(),
-                    {"--delmonitor", std::string(xcb_get_atom_name_name(name.get()),
-                                                 xcb_get_atom_name_name_length(name.get()))});
-            }
-        }
+    for (std::size_t i = 0; i < monitorsSet_; ++i) {
+        arguments.insert(arguments.end(), {"--delmonitor", "GLIMMERFOLD-" + std::to_string(i)});
     }
     for (std::size_t i = 0; i < monitors.size(); ++i) {
         const Rect& m = monitors[i];
@@ -69,6 +57,7 @@ void X11Desktop::setMonitors(const std::vector<Rect>& monitors, std::size_t prim
     if (xrandr->waitForExit(std::chrono::seconds(5)) != 0) {
         throw std::runtime_error("xrandr failed:\n" + lastLines(log, 5));
     }
+    monitorsSet_ = monitors.size();
     if (probe_->monitors().size() != monitors.size()) {
         throw std::runtime_error("the server lists other monitors than those set");
     }
