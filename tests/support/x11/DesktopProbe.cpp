@@ -188,12 +188,11 @@ std::optional<std::int32_t> DesktopProbe::pidOf(WindowId client) const {
     const xcb_res_client_id_spec_t spec{client, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
     auto ids = xcbReply(connection_, xcb_res_query_client_ids_reply,
                         xcb_res_query_client_ids(connection_, 1, &spec));
-    if (ids) {
-        for (auto it = xcb_res_query_client_ids_ids_iterator(ids.get()); it.rem > 0;
-             xcb_res_client_id_value_next(&it)) {
-            if (xcb_res_client_id_value_value_length(it.data) >= 1) {
-                return static_cast<std::int32_t>(*xcb_res_client_id_value_value(it.data));
-            }
+    // One window asked, so at most one answer; without it, a remote client's own word.
+    if (ids && ids->num_ids > 0) {
+        const auto* id = xcb_res_query_client_ids_ids_iterator(ids.get()).data;
+        if (xcb_res_client_id_value_value_length(id) >= 1) {
+            return static_cast<std::int32_t>(*xcb_res_client_id_value_value(id));
         }
     }
     const std::vector<std::uint32_t> pid = cardinals(client, "_NET_WM_PID", 1);
@@ -219,26 +218,21 @@ std::optional<std::string> classIn(const xcb_get_property_reply_t* wmClass) {
                : std::optional(std::string(both.c_str() + separator + 1));
 }
 
-std::vector<WindowId> DesktopProbe::allClients() const {
-    const bool managed = windowManagerRuns();
-    std::vector<WindowId> clients;
-    for (WindowId topLevel : rootChildrenBottomToTop()) {
-        if (const std::optional<WindowId> client = clientAtOrBelow(topLevel)) {
-            clients.push_back(*client);
-        } else if (const auto reply = managed ? nullptr : attributes(topLevel);
-                   reply && reply->map_state == XCB_MAP_STATE_VIEWABLE &&
-                   reply->override_redirect == 0) {
-            clients.push_back(topLevel);
-        }
-    }
-    return clients;
-}
-
 std::optional<WindowId> DesktopProbe::findClient(
     const std::function<bool(WindowId)>& matches) const {
-    const std::vector<WindowId> clients = allClients();
-    const auto found = std::ranges::find_if(clients, matches);
-    return found == clients.end() ? std::nullopt : std::optional(*found);
+    // Windows with WM_STATE; without a window manager, also mapped top-levels other than menus.
+    const bool managed = windowManagerRuns();
+    for (WindowId topLevel : rootChildrenBottomToTop()) {
+        std::optional<WindowId> client = clientAtOrBelow(topLevel);
+        if (const auto reply = client || managed ? nullptr : attributes(topLevel);
+            reply && reply->map_state == XCB_MAP_STATE_VIEWABLE && reply->override_redirect == 0) {
+            client = topLevel;
+        }
+        if (client && matches(*client)) {
+            return client;
+        }
+    }
+    return std::nullopt;
 }
 
 std::optional<WindowId> DesktopProbe::findClientByPid(std::int32_t pid) const {

@@ -50,8 +50,6 @@ class DesktopProbe {
     std::optional<Rect> rootGeometry(WindowId window) const { return rootRectangle(window, false); }
 
     std::optional<std::string> classOf(WindowId client) const;
-    // Every window with WM_STATE; without a window manager, every mapped top-level but menus.
-    std::vector<WindowId> allClients() const;
     std::optional<WindowId> findClientByPid(std::int32_t pid) const;
     std::optional<WindowId> findClientByClass(const std::string& windowClass) const;
 

@@ -67,13 +67,11 @@ std::unique_ptr<ChildProcess> GlimmerfoldLauncher::launch(
     options.arguments.push_back(options_.program);
     options.arguments.insert(options.arguments.end(), arguments.begin(), arguments.end());
     options.environment = desktop_.clientEnvironment();
-    const std::pair<const char*, const char*> homes[] = {{"XDG_CONFIG_HOME", "config"},
-                                                         {"XDG_RUNTIME_DIR", "runtime"},
-                                                         {"XDG_CACHE_HOME", "cache"},
-                                                         {"XDG_DATA_HOME", "data"}};
-    for (const auto& [variable, folder] : homes) {
-        options.environment.emplace_back(variable, (home_ / folder).string());
-    }
+    options.environment.insert(options.environment.end(),
+                               {{"XDG_CONFIG_HOME", (home_ / "config").string()},
+                                {"XDG_RUNTIME_DIR", runtimeDirectory().string()},
+                                {"XDG_CACHE_HOME", (home_ / "cache").string()},
+                                {"XDG_DATA_HOME", (home_ / "data").string()}});
     if (options_.sandboxed) {
         options.environment.emplace_back("HOME", home_.string());
     }

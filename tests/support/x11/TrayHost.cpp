@@ -35,29 +35,27 @@ std::unique_ptr<TrayHost> TrayHost::start(X11Desktop& desktop, std::string* erro
     xcb_connection_t* c = desktop.connection();
     const DesktopProbe& probe = desktop.probe();
     const xcb_atom_t selection = probe.atom("_NET_SYSTEM_TRAY_S0");
-    WindowId frame = 0;
+    std::optional<WindowId> window;
     const bool ready = waitUntil(
         [&] {
             auto owner =
                 xcbReply(c, xcb_get_selection_owner_reply, xcb_get_selection_owner(c, selection));
-            if (!owner || owner->owner == XCB_WINDOW_NONE) {
-                return false;
-            }
-            const auto client = probe.findClientByPid(process->pid());
-            frame = client ? probe.frameOf(*client).value_or(0) : 0;
-            return frame != 0 && probe.isViewable(frame);
+            window = owner && owner->owner != XCB_WINDOW_NONE
+                         ? probe.findClientByPid(process->pid())
+                         : std::nullopt;
+            return window && probe.isViewable(*window);
         },
         kStartTimeout);
     if (!ready) {
         *error = "trayer took no tray selection or showed no window";
         return nullptr;
     }
-    return std::make_unique<TrayHost>(desktop, std::move(process), frame);
+    return std::make_unique<TrayHost>(desktop, std::move(process), *window);
 }
 
 std::optional<WindowId> TrayHost::findIcon(const std::string& windowClass) const {
     xcb_connection_t* c = desktop_.connection();
-    std::vector<xcb_window_t> level{frame_};
+    std::vector<xcb_window_t> level{window_};
     for (int depth = 0; depth < kMaxDepth && !level.empty(); ++depth) {
         struct Cookies {
             xcb_get_window_attributes_cookie_t attributes;

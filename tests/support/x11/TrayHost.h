@@ -21,8 +21,8 @@ class TrayHost {
     // Returns once trayer holds the tray selection and shows; nullptr with the reason if not.
     static std::unique_ptr<TrayHost> start(X11Desktop& desktop, std::string* error);
 
-    TrayHost(X11Desktop& desktop, std::unique_ptr<ChildProcess> process, WindowId frame)
-        : desktop_(desktop), process_(std::move(process)), frame_(frame) {}
+    TrayHost(X11Desktop& desktop, std::unique_ptr<ChildProcess> process, WindowId window)
+        : desktop_(desktop), process_(std::move(process)), window_(window) {}
 
     // A viewable icon of that class; one pipelined round trip per tree level, cheap to poll.
     std::optional<WindowId> findIcon(const std::string& windowClass = "Glimmerfold") const;
@@ -39,7 +39,7 @@ class TrayHost {
 
     X11Desktop& desktop_;
     std::unique_ptr<ChildProcess> process_;
-    WindowId frame_;
+    WindowId window_;  // trayer's own, which holds the icons
 };
 
 }  // namespace gf::test

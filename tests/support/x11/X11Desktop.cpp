@@ -371,4 +371,42 @@ bool X11Desktop::placeWindow(WindowId client, int x, int y, int clientWidth, int
     return waitUntil([&] { return probe_->frameGeometry(client) == expected; }, 2s, 2ms);
 }
 
+void X11Desktop::setMonitors(const std::vector<Rect>& monitors, std::size_t primary) {
+    // libxcb-randr's SetMonitor request is malformed. The automatic monitor goes with its output,
+    // which Xvfb names "screen".
+    std::vector<std::string> arguments{"xrandr"};
+    for (std::size_t i = 0; i < monitorsSet_; ++i) {
+        arguments.insert(arguments.end(), {"--delmonitor", "GLIMMERFOLD-" + std::to_string(i)});
+    }
+    for (std::size_t i = 0; i < monitors.size(); ++i) {
+        const Rect& m = monitors[i];
+        auto pixels = [](double value) { return std::to_string(static_cast<int>(value)); };
+        // Width/millimetres x height/millimetres + x + y, at about 96 dots per inch.
+        const std::string geometry = pixels(m.width) + "/" + pixels(m.width / 4) + "x" +
+                                     pixels(m.height) + "/" + pixels(m.height / 4) + "+" +
+                                     pixels(m.x) + "+" + pixels(m.y);
+        const std::string name =
+            (i == primary ? "*" : "") + std::string("GLIMMERFOLD-") + std::to_string(i);
+        arguments.insert(arguments.end(),
+                         {"--setmonitor", name, geometry, i == 0 ? "screen" : "none"});
+    }
+    ChildProcess::Options options;
+    options.arguments = arguments;
+    options.environment = clientEnvironment();
+    options.outputFile = (directory_ / "xrandr.log").string();
+    const std::string& log = options.outputFile;
+    std::string error;
+    auto xrandr = ChildProcess::start(options, &error);
+    if (!xrandr) {
+        throw std::runtime_error(error);
+    }
+    if (xrandr->waitForExit(std::chrono::seconds(5)) != 0) {
+        throw std::runtime_error("xrandr failed:\n" + lastLines(log, 5));
+    }
+    monitorsSet_ = monitors.size();
+    if (probe_->monitors().size() != monitors.size()) {
+        throw std::runtime_error("the server lists other monitors than those set");
+    }
+}
+
 }  // namespace gf::test
