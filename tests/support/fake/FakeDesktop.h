@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdint>
@@ -8,6 +9,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <ranges>
 #include <set>
 #include <string>
 #include <vector>
@@ -135,17 +137,26 @@ class FakeDesktop final : public InputService,
     bool tapCreationFails = false;
     std::size_t tapsCreated = 0;
     bool hasEventTap() const { return liveTap() != nullptr; }
-    bool isEventTapEnabled() const;
-    bool isPointerMotionWanted() const;
-    void pressModifiers(std::uint64_t flags);
+    bool isEventTapEnabled() const { return liveTap() && liveTap()->enabled; }
+    bool isPointerMotionWanted() const { return liveTap() && liveTap()->motionWanted; }
+    void pressModifiers(std::uint64_t flags) {
+        flags_ = flags;
+        deliverToTaps({InputEventType::flagsChanged, flags, pointer()}, false);
+    }
     void pressCancelKey();  // to the tap that captures it, else to the application
-    bool isCancelKeyCaptured() const;
+    bool isCancelKeyCaptured() const { return isEventTapEnabled() && liveTap()->cancelKeyCaptured; }
     int cancelKeysSeenByApplications = 0;
     void holdModifiersSilently(std::uint64_t flags) { flags_ = flags; }
-    void movePointer(Point p, std::optional<std::uint64_t> flags = std::nullopt);
-    void dragPointer(Point p, std::optional<std::uint64_t> flags = std::nullopt);
+    void movePointer(Point p, std::optional<std::uint64_t> flags = std::nullopt) {
+        deliverPointer(p, flags, InputEventType::mouseMoved);
+    }
+    void dragPointer(Point p, std::optional<std::uint64_t> flags = std::nullopt) {
+        deliverPointer(p, flags, InputEventType::leftMouseDragged);
+    }
     void interruptEventTap();
-    void disableEventTapSilently();
+    void disableEventTapSilently() {
+        std::ranges::for_each(taps_, [](Tap* t) { t->enabled = false; });
+    }
     std::size_t pointerMonitorCount() const { return monitors_.size(); }
     // Sampling the pointer from any thread, unless a test offers it, is unavailable.
     std::atomic<bool> pointerSamplingOffered{false};
@@ -174,7 +185,10 @@ class FakeDesktop final : public InputService,
         std::int32_t pid) override;
     std::optional<bool> applicationAttribute(std::int32_t pid, std::string_view name) override;
     bool setApplicationAttribute(std::int32_t pid, std::string_view name, bool value) override;
-    std::vector<RunningApplication> runningApplications() override;
+    std::vector<RunningApplication> runningApplications() override {
+        const auto running = std::views::values(applications_);
+        return {running.begin(), running.end()};
+    }
     std::optional<std::string> identifierOfProcess(std::int32_t pid) override;
     std::optional<ApplicationIcon> iconOfInstalledApplication(
         const std::string& identifier) override;
@@ -195,9 +209,13 @@ class FakeDesktop final : public InputService,
     }
     void showWhereToGrant() override { ++whereToGrantShown; }
     std::unique_ptr<Timer> scheduleRepeating(std::chrono::milliseconds period,
-                                             std::function<void()> handler) override;
+                                             std::function<void()> handler) override {
+        return timeline_.schedule(timeline_.now() + period, period, std::move(handler));
+    }
     std::unique_ptr<Timer> scheduleOnce(std::chrono::milliseconds delay,
-                                        std::function<void()> handler) override;
+                                        std::function<void()> handler) override {
+        return timeline_.schedule(timeline_.now() + delay, {}, std::move(handler));
+    }
     std::unique_ptr<SerialQueue> createSerialQueue(const char* label) override;
 
     struct Tap {
@@ -209,8 +227,11 @@ class FakeDesktop final : public InputService,
     struct WindowTable;
 
   private:
-    Tap* liveTap() const;
-    Point pointer() const;
+    Tap* liveTap() const { return taps_.empty() ? nullptr : taps_.back(); }
+    Point pointer() const {
+        std::lock_guard lock(pointerMutex_);
+        return pointer_;
+    }
     void deliverPointer(Point p, std::optional<std::uint64_t> flags, InputEventType type);
     void deliverToTaps(const InputEvent& event, bool isMotion);
 
