@@ -14,6 +14,12 @@ class EngineTest : public ::testing::Test {
   protected:
     using Window = FakeDesktop::Window;
 
+    // The pointer comes to rest at `p` for `d`, reporting `flags` or else the keys held.
+    void restAt(Point p, std::chrono::milliseconds d, std::optional<std::uint64_t> flags = {}) {
+        desktop.movePointer(p, flags);
+        desktop.advance(d);
+    }
+
     QTemporaryDir dir;
     Settings settings{dir.filePath("glimmerfold.conf")};
     FakeDesktop desktop;
