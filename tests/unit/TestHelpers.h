@@ -24,13 +24,6 @@ std::string stderrOf(F&& action) {
     return testing::internal::GetCapturedStderr();
 }
 
-template <typename F>
-std::string stdoutOf(F&& action) {
-    testing::internal::CaptureStdout();
-    action();
-    return testing::internal::GetCapturedStdout();
-}
-
 // Real sockets, signals and timers answer through the event loop; bounded so a fault fails fast.
 template <typename F>
 void processEventsUntil(F&& done, int limitMs = 10000) {
