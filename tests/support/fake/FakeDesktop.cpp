@@ -4,8 +4,6 @@
 #include <mutex>
 #include <ranges>
 
-#include "fake/FakeWindowTable.h"
-
 namespace gf::test {
 
 namespace {
@@ -104,26 +102,6 @@ std::uint32_t FakeDesktop::addWindow(const Window& window) {
     return number;
 }
 
-Rect FakeDesktop::frameOf(std::uint32_t number) const {
-    std::lock_guard lock(table_->mutex);
-    return table_->find(number)->window.frame;
-}
-
-WindowState FakeDesktop::stateOf(std::uint32_t number) const {
-    std::lock_guard lock(table_->mutex);
-    return table_->find(number)->window.state;
-}
-
-void FakeDesktop::removeWindow(std::uint32_t number) {
-    std::lock_guard lock(table_->mutex);
-    std::erase_if(table_->windows, [number](const auto& entry) { return entry.number == number; });
-}
-
-void FakeDesktop::setStateChangesDeferred(bool deferred) {
-    std::lock_guard lock(table_->mutex);
-    table_->defersStateChanges = deferred;
-}
-
 void FakeDesktop::carryOutStateChanges() {
     std::lock_guard lock(table_->mutex);
     for (const auto& [number, wanted] : table_->pendingStates) {
@@ -132,11 +110,6 @@ void FakeDesktop::carryOutStateChanges() {
         }
     }
     table_->pendingStates.clear();
-}
-
-void FakeDesktop::placeWindow(std::uint32_t number, Rect frame) {
-    std::lock_guard lock(table_->mutex);
-    table_->find(number)->window.frame = frame;
 }
 
 void FakeDesktop::setGeometryReadable(std::uint32_t number, bool position, bool size) {
@@ -150,16 +123,6 @@ std::vector<std::uint32_t> FakeDesktop::stackingOrder() const {
     std::lock_guard lock(table_->mutex);
     const auto numbers = table_->windows | std::views::transform(&WindowTable::Entry::number);
     return {numbers.begin(), numbers.end()};
-}
-
-std::vector<FakeDesktop::Write> FakeDesktop::writes() const {
-    std::lock_guard lock(table_->mutex);
-    return table_->writes;
-}
-
-std::vector<FakeDesktop::AttributeWrite> FakeDesktop::attributeWrites() const {
-    std::lock_guard lock(table_->mutex);
-    return table_->attributeWrites;
 }
 
 void FakeDesktop::clearWrites() {

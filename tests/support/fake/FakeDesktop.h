@@ -108,19 +108,41 @@ class FakeDesktop final : public InputService,
     // Primary first; by default one 1440 x 900 display with a 25-point panel at the top.
     void setDisplays(std::vector<DisplayInfo> displays);
 
-    // Windows, front to back; a new one goes in front; numbers start at 100.
+    // Windows, front to back; a new one goes in front; numbers start at 100. The table is shared
+    // with handles used on other threads.
+    template <typename F>
+    auto withTable(F f) const {
+        std::lock_guard lock(table_->mutex);
+        return f(*table_);
+    }
     std::uint32_t addWindow(const Window& window);
-    Rect frameOf(std::uint32_t number) const;
-    WindowState stateOf(std::uint32_t number) const;
-    void removeWindow(std::uint32_t number);
+    Rect frameOf(std::uint32_t number) const {
+        return withTable([&](WindowTable& t) { return t.find(number)->window.frame; });
+    }
+    WindowState stateOf(std::uint32_t number) const {
+        return withTable([&](WindowTable& t) { return t.find(number)->window.state; });
+    }
+    void removeWindow(std::uint32_t number) {
+        withTable([&](WindowTable& t) {
+            std::erase_if(t.windows, [&](auto& e) { return e.number == number; });
+        });
+    }
     // Maximizing goes to the primary's usable area; deferred, only when carried out.
-    void setStateChangesDeferred(bool deferred);
+    void setStateChangesDeferred(bool deferred) {
+        withTable([&](WindowTable& t) { t.defersStateChanges = deferred; });
+    }
     void carryOutStateChanges();
-    void placeWindow(std::uint32_t number, Rect frame);
+    void placeWindow(std::uint32_t number, Rect frame) {
+        withTable([&](WindowTable& t) { t.find(number)->window.frame = frame; });
+    }
     void setGeometryReadable(std::uint32_t number, bool position, bool size);
     std::vector<std::uint32_t> stackingOrder() const;
-    std::vector<Write> writes() const;
-    std::vector<AttributeWrite> attributeWrites() const;
+    std::vector<Write> writes() const {
+        return withTable([](WindowTable& t) { return t.writes; });
+    }
+    std::vector<AttributeWrite> attributeWrites() const {
+        return withTable([](WindowTable& t) { return t.attributeWrites; });
+    }
     void clearWrites();
     bool windowServerAvailable = true;
     std::set<std::int32_t> unlistablePids;  // processes whose windows cannot be listed
@@ -224,7 +246,39 @@ class FakeDesktop final : public InputService,
         bool motionWanted = false;
         bool cancelKeyCaptured = false;
     };
-    struct WindowTable;
+    // Shared with the handles, which may outlive the desktop and run on a background thread.
+    struct WindowTable {
+        struct Entry {
+            std::uint32_t number = 0;
+            Window window;
+            bool positionReadable = true;
+            bool sizeReadable = true;
+        };
+
+        mutable std::mutex mutex;
+        std::vector<Entry> windows;  // front to back
+        std::uint32_t nextNumber = 100;
+        std::map<std::int32_t, std::map<std::string, bool, std::less<>>> attributes;
+        std::vector<Write> writes;
+        std::vector<AttributeWrite> attributeWrites;
+        std::uint64_t nextSequence = 1;
+        Rect maximizedFrame;  // the primary display's usable area
+        bool defersStateChanges = false;
+        std::vector<std::pair<std::uint32_t, WindowState>> pendingStates;
+
+        Entry* find(std::uint32_t number) {
+            auto it = std::ranges::find(windows, number, &Entry::number);
+            return it == windows.end() ? nullptr : &*it;
+        }
+        void record(std::uint32_t number, Write::Kind kind, Point point = {}, Size size = {}) {
+            writes.push_back({number, kind, point, size, nextSequence++});
+        }
+        // Each axis maximized keeps its frame to come back to when let go.
+        void applyState(Entry& entry, WindowState wanted);
+        // Fails softly once its window is gone, like one to a vanished X window.
+        static std::shared_ptr<WindowHandle> handleTo(std::weak_ptr<WindowTable> table,
+                                                      const Entry& entry);
+    };
 
   private:
     Tap* liveTap() const { return taps_.empty() ? nullptr : taps_.back(); }

@@ -1,4 +1,4 @@
-#include "fake/FakeWindowTable.h"
+#include "fake/FakeDesktop.h"
 
 #include <algorithm>
 
