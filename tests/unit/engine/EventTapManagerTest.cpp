@@ -100,7 +100,6 @@ TEST_F(EventTapManagerTest, SwitchedOffStartsNothingButKeepsTheTapEnabled) {
 TEST_F(EventTapManagerTest, BeginsTheGestureTheHeldKeysName) {
     const ModifierKeySet move{ModifierKey::control(), ModifierKey::command()};
     const ModifierKeySet resize{ModifierKey::control(), ModifierKey::option()};
-    const ModifierKeySet fnShift{ModifierKey::fn(), ModifierKey::shift()};
     const struct {
         const char* name;
         ModifierKeySet move;
@@ -117,7 +116,6 @@ TEST_F(EventTapManagerTest, BeginsTheGestureTheHeldKeysName) {
         {"empty move set never held", {}, resize, ModifierFlag::control, Gesture::none},
         {"empty move set, resize still works", {}, resize, kResize, Gesture::resize},
         {"both sets empty", {}, {}, kMove | kResize, Gesture::none},
-        {"fn combination", fnShift, resize, ModifierFlag::fn | ModifierFlag::shift, Gesture::move},
     };
     manager.start();
     desktop.movePointer({200, 200});
