@@ -81,7 +81,6 @@ WindowDescription describe(const Table::Entry& entry) {
 FakeDesktop::FakeDesktop() : table_(std::make_shared<WindowTable>()) {
     setDisplays(displays_);
 }
-FakeDesktop::~FakeDesktop() = default;
 
 void FakeDesktop::setDisplays(std::vector<DisplayInfo> displays) {
     displays_ = std::move(displays);

@@ -46,10 +46,7 @@ class FakeDesktop final : public InputService,
         Rect restoredFrame;  // before it was maximized, on the maximized axes
 
         static Window at(Rect frame, std::int32_t pid = 1000) {
-            Window w;
-            w.frame = frame;
-            w.pid = pid;
-            return w;
+            return Window{}.set(&Window::frame, frame).set(&Window::pid, pid);
         }
         Window& withLayer(int value) { return set(&Window::layer, value); }
         Window& withIdentifier(std::string value) { return set(&Window::identifier, value); }
@@ -91,9 +88,6 @@ class FakeDesktop final : public InputService,
     };
 
     FakeDesktop();
-    ~FakeDesktop() override;
-    FakeDesktop(const FakeDesktop&) = delete;
-    FakeDesktop& operator=(const FakeDesktop&) = delete;
 
     Platform platform() { return platform(*this); }
     // With serial queues from another factory, such as the real threaded one.

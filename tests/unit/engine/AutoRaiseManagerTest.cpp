@@ -9,8 +9,6 @@
 namespace gf::test {
 namespace {
 
-using namespace std::chrono_literals;
-
 constexpr std::int32_t kPidA = 1001;
 constexpr std::int32_t kPidB = 1002;
 constexpr Point kOverA{150, 150};
@@ -24,7 +22,6 @@ class AutoRaiseManagerTest : public EngineTest {
         settings.setAutoRaiseDelay(0.25);
         manager.start();
     }
-    ~AutoRaiseManagerTest() override { manager.stop(); }
 
     std::vector<std::uint32_t> raised() const {
         auto raises = desktop.writes() | std::views::filter([](const auto& w) {

@@ -6,8 +6,6 @@
 namespace gf::test {
 namespace {
 
-using namespace std::chrono_literals;
-
 // The fake window manager maximizes to the usable area (0, 25, 1440, 875).
 class MaximizedDragSessionTest : public DragSessionTest {
   protected:

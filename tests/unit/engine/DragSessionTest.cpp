@@ -6,8 +6,6 @@
 namespace gf::test {
 namespace {
 
-using namespace std::chrono_literals;
-
 constexpr auto enhancedUI = DragSession::enhancedUserInterfaceAttribute;
 
 TEST_F(DragSessionTest, MoveFollowsTheTotalDisplacementAndRaisesOnlyOnceMoved) {

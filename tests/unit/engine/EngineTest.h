@@ -9,6 +9,8 @@
 
 namespace gf::test {
 
+using namespace std::chrono_literals;
+
 // What every engine part works with: settings in a file of their own, the fake desktop's platform.
 class EngineTest : public ::testing::Test {
   protected:

@@ -7,8 +7,6 @@
 namespace gf::test {
 namespace {
 
-using namespace std::chrono_literals;
-
 constexpr std::uint64_t kMove = ModifierFlag::control | ModifierFlag::command;
 constexpr std::uint64_t kResize = ModifierFlag::control | ModifierFlag::option;
 constexpr Rect kFrame{100, 100, 400, 300};
@@ -21,7 +19,6 @@ class EventTapManagerTest : public EngineTest {
         setDebugLogPath(dir.filePath("glimmerfold.log").toStdString());
         settings.setMagneticsEnabled(false);  // snapping would blur where the pointer put it
     }
-    ~EventTapManagerTest() override { manager.stop(); }
 
     int logCount(const char* line) const {
         return static_cast<int>(fileContents(dir.filePath("glimmerfold.log")).count(line));
