@@ -235,21 +235,6 @@ std::vector<WindowDescription> FakeDesktop::onScreenWindows() {
     return list;
 }
 
-std::optional<std::vector<std::shared_ptr<WindowHandle>>> FakeDesktop::windowsOfProcess(
-    std::int32_t pid) {
-    if (unlistablePids.contains(pid)) {
-        return std::nullopt;
-    }
-    std::lock_guard lock(table_->mutex);
-    std::vector<std::shared_ptr<WindowHandle>> handles;
-    for (const auto& entry : table_->windows) {
-        if (entry.window.pid == pid && entry.window.hasHandle) {
-            handles.push_back(WindowTable::handleTo(table_, entry));
-        }
-    }
-    return handles;
-}
-
 std::optional<bool> FakeDesktop::applicationAttribute(std::int32_t pid, std::string_view name) {
     std::lock_guard lock(table_->mutex);
     const auto& attributes = table_->attributes[pid];

@@ -269,9 +269,6 @@ class FakeDesktop final : public InputService,
         }
         // Each axis maximized keeps its frame to come back to when let go.
         void applyState(Entry& entry, WindowState wanted);
-        // Fails softly once its window is gone, like one to a vanished X window.
-        static std::shared_ptr<WindowHandle> handleTo(std::weak_ptr<WindowTable> table,
-                                                      const Entry& entry);
     };
 
   private:

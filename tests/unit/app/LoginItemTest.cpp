@@ -1,10 +1,6 @@
 #include "app/LoginItem.h"
 
-#include <gtest/gtest.h>
-
-#include <QCoreApplication>
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 
 #include "TestHelpers.h"

@@ -1,7 +1,5 @@
 #include "app/Permissions.h"
 
-#include <gtest/gtest.h>
-
 #include <QTemporaryDir>
 #include <fstream>
 #include <vector>

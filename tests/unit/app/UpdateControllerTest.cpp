@@ -1,7 +1,5 @@
 #include "app/UpdateController.h"
 
-#include <gtest/gtest.h>
-
 #include <QAbstractButton>
 #include <QSignalSpy>
 #include <QTcpServer>
