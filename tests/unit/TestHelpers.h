@@ -54,13 +54,7 @@ class ScopedEnvironment {
         : name_(name), previous_(qgetenv(name)) {
         qputenv(name, value);
     }
-    ~ScopedEnvironment() {
-        if (previous_.isNull()) {
-            qunsetenv(name_);
-        } else {
-            qputenv(name_, previous_);
-        }
-    }
+    ~ScopedEnvironment() { previous_.isNull() ? qunsetenv(name_) : qputenv(name_, previous_); }
     ScopedEnvironment(const ScopedEnvironment&) = delete;
     ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
 

@@ -255,17 +255,6 @@ bool FakeDesktop::setApplicationAttribute(std::int32_t pid, std::string_view nam
     return true;
 }
 
-std::optional<std::string> FakeDesktop::identifierOfProcess(std::int32_t pid) {
-    const auto found = applications_.find(pid);
-    return found == applications_.end() ? std::nullopt : found->second.identifier;
-}
-
-std::optional<ApplicationIcon> FakeDesktop::iconOfInstalledApplication(
-    const std::string& identifier) {
-    const auto found = installed_.find(identifier);
-    return found == installed_.end() ? std::nullopt : std::optional(found->second);
-}
-
 std::unique_ptr<SerialQueue> FakeDesktop::createSerialQueue(const char* /*label*/) {
     return std::make_unique<FakeSerialQueue>(timeline_);
 }

@@ -205,9 +205,14 @@ class FakeDesktop final : public InputService,
         const auto running = std::views::values(applications_);
         return {running.begin(), running.end()};
     }
-    std::optional<std::string> identifierOfProcess(std::int32_t pid) override;
+    std::optional<std::string> identifierOfProcess(std::int32_t pid) override {
+        return applications_.contains(pid) ? applications_.at(pid).identifier : std::nullopt;
+    }
     std::optional<ApplicationIcon> iconOfInstalledApplication(
-        const std::string& identifier) override;
+        const std::string& identifier) override {
+        return installed_.contains(identifier) ? std::optional(installed_.at(identifier))
+                                               : std::nullopt;
+    }
     bool activate(std::int32_t pid) override {
         activatedPids.push_back(pid);
         return true;

@@ -25,8 +25,7 @@ class RecordingTaskbar final : public TaskbarPresence {
   public:
     void setListedInTaskbar(QWidget& window, bool listed) override { listed_[&window] = listed; }
     std::optional<bool> listed(QWidget* window) const {
-        const auto found = listed_.find(window);
-        return found == listed_.end() ? std::nullopt : std::optional<bool>(found->second);
+        return listed_.contains(window) ? std::optional(listed_.at(window)) : std::nullopt;
     }
 
   private:

@@ -17,9 +17,7 @@ namespace {
 class LocalHttpServer {
   public:
     LocalHttpServer() {
-        if (server_->listen(QHostAddress::LocalHost, 0)) {
-            port_ = server_->serverPort();
-        }
+        server_->listen(QHostAddress::LocalHost, 0);
         QObject::connect(server_.get(), &QTcpServer::newConnection, server_.get(),
                          [this] { answer(); });
     }
@@ -28,7 +26,9 @@ class LocalHttpServer {
         status_ = status;
         body_ = std::move(body);
     }
-    QUrl url() const { return QUrl(QStringLiteral("http://127.0.0.1:%1/appcast.xml").arg(port_)); }
+    QUrl url() const {
+        return QUrl(QStringLiteral("http://127.0.0.1:%1/appcast.xml").arg(server_->serverPort()));
+    }
     int requestCount() const { return requests_; }
     void shutDown() { server_->close(); }  // later requests find nobody at the port
 
@@ -54,7 +54,6 @@ class LocalHttpServer {
     }
 
     std::unique_ptr<QTcpServer> server_ = std::make_unique<QTcpServer>();
-    quint16 port_ = 0;
     int status_ = 200;
     QByteArray body_;
     int requests_ = 0;

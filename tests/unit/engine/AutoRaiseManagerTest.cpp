@@ -1,9 +1,5 @@
 #include "engine/AutoRaiseManager.h"
 
-#include <chrono>
-#include <ranges>
-#include <vector>
-
 #include "EngineTest.h"
 
 namespace gf::test {

@@ -1,6 +1,4 @@
 // Windows maximized on one axis or both: a gesture first asks the window manager to restore them.
-#include <algorithm>
-
 #include "DragSessionTest.h"
 
 namespace gf::test {

@@ -25,10 +25,8 @@ class EventTapManagerTest : public EngineTest {
     }
 
     Gesture gesture() const {
-        if (manager.dragSession().isDragging()) {
-            return Gesture::move;
-        }
-        return manager.dragSession().isResizing() ? Gesture::resize : Gesture::none;
+        const DragSession& s = manager.dragSession();
+        return s.isDragging() ? Gesture::move : s.isResizing() ? Gesture::resize : Gesture::none;
     }
 
     EventTapManager manager{settings, platform};

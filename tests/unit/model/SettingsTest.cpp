@@ -55,9 +55,7 @@ QVariant differentValue(const QVariant& current) {
         return current.toDouble() - 3.25;
     }
     if (current.canConvert<ModifierKeySet>()) {
-        return QVariant::fromValue(current.value<ModifierKeySet>() == ModifierKeySet{shift}
-                                       ? ModifierKeySet{}
-                                       : ModifierKeySet{shift});
+        return QVariant::fromValue(ModifierKeySet{shift});  // no set's default
     }
     return QVariant::fromValue(Entries{{"XTerm", "xterm"}, {"XTerm", "UXTerm"}});
 }
