@@ -51,9 +51,6 @@ class AppStateTest : public UiTest {
     int tapFailures() const {
         return static_cast<int>(fileContents(settingsPath() + ".log").count("FAILED to create"));
     }
-    bool settingsWindowShown() {
-        return appState().settingsWindow() && appState().settingsWindow()->isVisible();
-    }
     bool nothingRequested() {
         return desktop().accessibilityRequests == 0 && desktop().inputMonitoringRequests == 0 &&
                desktop().whereToGrantShown == 0 && opened.urls().isEmpty();
@@ -108,7 +105,7 @@ TEST_F(AppStateTest, FirstRunShowsOnlyTheWizardWhoseCloseQuitsUntilFinishingItSt
     desktop().advance(AppState::trayWaitLimit - 1ms);
     EXPECT_EQ(state.settingsWindow(), nullptr) << "a panel may still be starting";
     desktop().advance(1ms);
-    EXPECT_TRUE(settingsWindowShown());
+    EXPECT_TRUE(state.settingsWindow() && state.settingsWindow()->isVisible());
     const std::string output = testing::internal::GetCapturedStdout();
     EXPECT_NE(output.find("No system tray is available"), std::string::npos) << output;
     EXPECT_EQ(lineCount(output), 1);

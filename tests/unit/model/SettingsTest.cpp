@@ -14,7 +14,6 @@ namespace {
 
 const ModifierKey& shift = ModifierKey::shift();
 const ModifierKey& control = ModifierKey::control();
-const ModifierKey& option = ModifierKey::option();
 const ModifierKey& command = ModifierKey::command();
 using Entries = std::vector<IgnoreListEntry>;
 
@@ -144,7 +143,7 @@ TEST_F(SettingsTest, UnreadableSetsAndListsFallBackAloneAndAnEmptySetStaysEmpty)
     std::unique_ptr<Settings> other;
     stderrOf([&] { other = reopenFromDisk(); });
     EXPECT_EQ(other->moveModifiers(), ModifierKeySet{});
-    EXPECT_EQ(other->resizeModifiers(), (ModifierKeySet{control, option}));
+    EXPECT_EQ(other->resizeModifiers(), (ModifierKeySet{control, ModifierKey::option()}));
     EXPECT_EQ(other->autoRaiseModifiers(), ModifierKeySet{shift});
     EXPECT_TRUE(other->ignoreList().empty());
 }
