@@ -24,13 +24,6 @@ std::string stderrOf(F&& action) {
     return testing::internal::GetCapturedStderr();
 }
 
-template <typename F>
-std::string stdoutOf(F&& action) {
-    testing::internal::CaptureStdout();
-    action();
-    return testing::internal::GetCapturedStdout();
-}
-
 // Real sockets, signals and timers answer through the event loop; bounded so a fault fails fast.
 template <typename F>
 void processEventsUntil(F&& done, int limitMs = 10000) {
@@ -61,13 +54,7 @@ class ScopedEnvironment {
         : name_(name), previous_(qgetenv(name)) {
         qputenv(name, value);
     }
-    ~ScopedEnvironment() {
-        if (previous_.isNull()) {
-            qunsetenv(name_);
-        } else {
-            qputenv(name_, previous_);
-        }
-    }
+    ~ScopedEnvironment() { previous_.isNull() ? qunsetenv(name_) : qputenv(name_, previous_); }
     ScopedEnvironment(const ScopedEnvironment&) = delete;
     ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
 

@@ -4,8 +4,6 @@
 #include <mutex>
 #include <ranges>
 
-#include "fake/FakeWindowTable.h"
-
 namespace gf::test {
 
 namespace {
@@ -23,35 +21,29 @@ void forEachRegistered(const std::vector<T*>& registry, F deliver) {
     }
 }
 
-class FakeEventTap final : public EventTap {
+// Listed in the desktop's registry for as long as the object the platform handed out lives.
+template <typename Base, typename T>
+class Registered : public Base {
   public:
-    FakeEventTap(std::vector<FakeDesktop::Tap*>& registry, InputService::EventCallback callback)
-        : registry_(registry), tap_{std::move(callback)} {
-        registry_.push_back(&tap_);
+    Registered(std::vector<T*>& registry, T item) : registry_(registry), item_(std::move(item)) {
+        registry_.push_back(&item_);
     }
-    ~FakeEventTap() override { std::erase(registry_, &tap_); }
-    void setEnabled(bool enabled) override { tap_.enabled = enabled; }
-    bool isEnabled() const override { return tap_.enabled; }
-    void setPointerMotionWanted(bool wanted) override { tap_.motionWanted = wanted; }
-    void setCancelKeyCaptured(bool captured) override { tap_.cancelKeyCaptured = captured; }
+    ~Registered() override { std::erase(registry_, &item_); }
 
-  private:
-    std::vector<FakeDesktop::Tap*>& registry_;
-    FakeDesktop::Tap tap_;
+  protected:
+    std::vector<T*>& registry_;
+    T item_;
 };
 
-class FakeMonitorToken final : public MonitorToken {
-  public:
-    using Callback = InputService::PointerMovedCallback;
-    FakeMonitorToken(std::vector<Callback*>& registry, Callback callback)
-        : registry_(registry), callback_(std::move(callback)) {
-        registry_.push_back(&callback_);
-    }
-    ~FakeMonitorToken() override { std::erase(registry_, &callback_); }
+using FakeMonitorToken = Registered<MonitorToken, InputService::PointerMovedCallback>;
 
-  private:
-    std::vector<Callback*>& registry_;
-    Callback callback_;
+class FakeEventTap final : public Registered<EventTap, FakeDesktop::Tap> {
+  public:
+    using Registered::Registered;
+    void setEnabled(bool enabled) override { item_.enabled = enabled; }
+    bool isEnabled() const override { return item_.enabled; }
+    void setPointerMotionWanted(bool wanted) override { item_.motionWanted = wanted; }
+    void setCancelKeyCaptured(bool captured) override { item_.cancelKeyCaptured = captured; }
 };
 
 class FakeSerialQueue final : public SerialQueue {
@@ -89,7 +81,6 @@ WindowDescription describe(const Table::Entry& entry) {
 FakeDesktop::FakeDesktop() : table_(std::make_shared<WindowTable>()) {
     setDisplays(displays_);
 }
-FakeDesktop::~FakeDesktop() = default;
 
 void FakeDesktop::setDisplays(std::vector<DisplayInfo> displays) {
     displays_ = std::move(displays);
@@ -110,26 +101,6 @@ std::uint32_t FakeDesktop::addWindow(const Window& window) {
     return number;
 }
 
-Rect FakeDesktop::frameOf(std::uint32_t number) const {
-    std::lock_guard lock(table_->mutex);
-    return table_->find(number)->window.frame;
-}
-
-WindowState FakeDesktop::stateOf(std::uint32_t number) const {
-    std::lock_guard lock(table_->mutex);
-    return table_->find(number)->window.state;
-}
-
-void FakeDesktop::removeWindow(std::uint32_t number) {
-    std::lock_guard lock(table_->mutex);
-    std::erase_if(table_->windows, [number](const auto& entry) { return entry.number == number; });
-}
-
-void FakeDesktop::setStateChangesDeferred(bool deferred) {
-    std::lock_guard lock(table_->mutex);
-    table_->defersStateChanges = deferred;
-}
-
 void FakeDesktop::carryOutStateChanges() {
     std::lock_guard lock(table_->mutex);
     for (const auto& [number, wanted] : table_->pendingStates) {
@@ -138,11 +109,6 @@ void FakeDesktop::carryOutStateChanges() {
         }
     }
     table_->pendingStates.clear();
-}
-
-void FakeDesktop::placeWindow(std::uint32_t number, Rect frame) {
-    std::lock_guard lock(table_->mutex);
-    table_->find(number)->window.frame = frame;
 }
 
 void FakeDesktop::setGeometryReadable(std::uint32_t number, bool position, bool size) {
@@ -156,16 +122,6 @@ std::vector<std::uint32_t> FakeDesktop::stackingOrder() const {
     std::lock_guard lock(table_->mutex);
     const auto numbers = table_->windows | std::views::transform(&WindowTable::Entry::number);
     return {numbers.begin(), numbers.end()};
-}
-
-std::vector<FakeDesktop::Write> FakeDesktop::writes() const {
-    std::lock_guard lock(table_->mutex);
-    return table_->writes;
-}
-
-std::vector<FakeDesktop::AttributeWrite> FakeDesktop::attributeWrites() const {
-    std::lock_guard lock(table_->mutex);
-    return table_->attributeWrites;
 }
 
 void FakeDesktop::clearWrites() {
@@ -184,33 +140,12 @@ void FakeDesktop::setAttribute(std::int32_t pid, const std::string& name,
     }
 }
 
-FakeDesktop::Tap* FakeDesktop::liveTap() const {
-    return taps_.empty() ? nullptr : taps_.back();
-}
-
-bool FakeDesktop::isEventTapEnabled() const {
-    return liveTap() && liveTap()->enabled;
-}
-
-bool FakeDesktop::isPointerMotionWanted() const {
-    return liveTap() && liveTap()->motionWanted;
-}
-
-bool FakeDesktop::isCancelKeyCaptured() const {
-    return isEventTapEnabled() && liveTap()->cancelKeyCaptured;
-}
-
 void FakeDesktop::deliverToTaps(const InputEvent& event, bool isMotion) {
     forEachRegistered(taps_, [&](Tap& tap) {
         if (tap.enabled && (!isMotion || tap.motionWanted)) {
             tap.callback(event);
         }
     });
-}
-
-Point FakeDesktop::pointer() const {
-    std::lock_guard lock(pointerMutex_);
-    return pointer_;
 }
 
 std::optional<PointerSample> FakeDesktop::samplePointer() {
@@ -223,11 +158,6 @@ std::optional<PointerSample> FakeDesktop::samplePointer() {
         whilePointerIsSampled();
     }
     return sampled;
-}
-
-void FakeDesktop::pressModifiers(std::uint64_t flags) {
-    flags_ = flags;
-    deliverToTaps({InputEventType::flagsChanged, flags, pointer()}, false);
 }
 
 void FakeDesktop::pressCancelKey() {
@@ -250,14 +180,6 @@ void FakeDesktop::deliverPointer(Point p, std::optional<std::uint64_t> flags, In
     forEachRegistered(motionFollowers_, report);
 }
 
-void FakeDesktop::movePointer(Point p, std::optional<std::uint64_t> flags) {
-    deliverPointer(p, flags, InputEventType::mouseMoved);
-}
-
-void FakeDesktop::dragPointer(Point p, std::optional<std::uint64_t> flags) {
-    deliverPointer(p, flags, InputEventType::leftMouseDragged);
-}
-
 // The notice arrives even though the tap is now disabled: it is what tells the owner to switch
 // the tap back on.
 void FakeDesktop::interruptEventTap() {
@@ -267,18 +189,12 @@ void FakeDesktop::interruptEventTap() {
     });
 }
 
-void FakeDesktop::disableEventTapSilently() {
-    for (Tap* tap : taps_) {
-        tap->enabled = false;
-    }
-}
-
 std::unique_ptr<EventTap> FakeDesktop::createEventTap(EventCallback callback) {
     if (tapCreationFails) {
         return nullptr;
     }
     ++tapsCreated;
-    return std::make_unique<FakeEventTap>(taps_, std::move(callback));
+    return std::make_unique<FakeEventTap>(taps_, Tap{std::move(callback)});
 }
 
 std::unique_ptr<MonitorToken> FakeDesktop::addPointerMovedMonitor(PointerMovedCallback callback) {
@@ -319,21 +235,6 @@ std::vector<WindowDescription> FakeDesktop::onScreenWindows() {
     return list;
 }
 
-std::optional<std::vector<std::shared_ptr<WindowHandle>>> FakeDesktop::windowsOfProcess(
-    std::int32_t pid) {
-    if (unlistablePids.contains(pid)) {
-        return std::nullopt;
-    }
-    std::lock_guard lock(table_->mutex);
-    std::vector<std::shared_ptr<WindowHandle>> handles;
-    for (const auto& entry : table_->windows) {
-        if (entry.window.pid == pid && entry.window.hasHandle) {
-            handles.push_back(WindowTable::handleTo(table_, entry));
-        }
-    }
-    return handles;
-}
-
 std::optional<bool> FakeDesktop::applicationAttribute(std::int32_t pid, std::string_view name) {
     std::lock_guard lock(table_->mutex);
     const auto& attributes = table_->attributes[pid];
@@ -352,32 +253,6 @@ bool FakeDesktop::setApplicationAttribute(std::int32_t pid, std::string_view nam
     found->second = value;
     table_->attributeWrites.push_back({pid, value, table_->nextSequence++});
     return true;
-}
-
-std::vector<RunningApplication> FakeDesktop::runningApplications() {
-    const auto running = std::views::values(applications_);
-    return {running.begin(), running.end()};
-}
-
-std::optional<std::string> FakeDesktop::identifierOfProcess(std::int32_t pid) {
-    const auto found = applications_.find(pid);
-    return found == applications_.end() ? std::nullopt : found->second.identifier;
-}
-
-std::optional<ApplicationIcon> FakeDesktop::iconOfInstalledApplication(
-    const std::string& identifier) {
-    const auto found = installed_.find(identifier);
-    return found == installed_.end() ? std::nullopt : std::optional(found->second);
-}
-
-std::unique_ptr<Timer> FakeDesktop::scheduleRepeating(std::chrono::milliseconds period,
-                                                      std::function<void()> handler) {
-    return timeline_.schedule(timeline_.now() + period, period, std::move(handler));
-}
-
-std::unique_ptr<Timer> FakeDesktop::scheduleOnce(std::chrono::milliseconds delay,
-                                                 std::function<void()> handler) {
-    return timeline_.schedule(timeline_.now() + delay, {}, std::move(handler));
 }
 
 std::unique_ptr<SerialQueue> FakeDesktop::createSerialQueue(const char* /*label*/) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdint>
@@ -8,6 +9,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <ranges>
 #include <set>
 #include <string>
 #include <vector>
@@ -44,10 +46,7 @@ class FakeDesktop final : public InputService,
         Rect restoredFrame;  // before it was maximized, on the maximized axes
 
         static Window at(Rect frame, std::int32_t pid = 1000) {
-            Window w;
-            w.frame = frame;
-            w.pid = pid;
-            return w;
+            return Window{}.set(&Window::frame, frame).set(&Window::pid, pid);
         }
         Window& withLayer(int value) { return set(&Window::layer, value); }
         Window& withIdentifier(std::string value) { return set(&Window::identifier, value); }
@@ -89,9 +88,6 @@ class FakeDesktop final : public InputService,
     };
 
     FakeDesktop();
-    ~FakeDesktop() override;
-    FakeDesktop(const FakeDesktop&) = delete;
-    FakeDesktop& operator=(const FakeDesktop&) = delete;
 
     Platform platform() { return platform(*this); }
     // With serial queues from another factory, such as the real threaded one.
@@ -106,19 +102,41 @@ class FakeDesktop final : public InputService,
     // Primary first; by default one 1440 x 900 display with a 25-point panel at the top.
     void setDisplays(std::vector<DisplayInfo> displays);
 
-    // Windows, front to back; a new one goes in front; numbers start at 100.
+    // Windows, front to back; a new one goes in front; numbers start at 100. The table is shared
+    // with handles used on other threads.
+    template <typename F>
+    auto withTable(F f) const {
+        std::lock_guard lock(table_->mutex);
+        return f(*table_);
+    }
     std::uint32_t addWindow(const Window& window);
-    Rect frameOf(std::uint32_t number) const;
-    WindowState stateOf(std::uint32_t number) const;
-    void removeWindow(std::uint32_t number);
+    Rect frameOf(std::uint32_t number) const {
+        return withTable([&](WindowTable& t) { return t.find(number)->window.frame; });
+    }
+    WindowState stateOf(std::uint32_t number) const {
+        return withTable([&](WindowTable& t) { return t.find(number)->window.state; });
+    }
+    void removeWindow(std::uint32_t number) {
+        withTable([&](WindowTable& t) {
+            std::erase_if(t.windows, [&](auto& e) { return e.number == number; });
+        });
+    }
     // Maximizing goes to the primary's usable area; deferred, only when carried out.
-    void setStateChangesDeferred(bool deferred);
+    void setStateChangesDeferred(bool deferred) {
+        withTable([&](WindowTable& t) { t.defersStateChanges = deferred; });
+    }
     void carryOutStateChanges();
-    void placeWindow(std::uint32_t number, Rect frame);
+    void placeWindow(std::uint32_t number, Rect frame) {
+        withTable([&](WindowTable& t) { t.find(number)->window.frame = frame; });
+    }
     void setGeometryReadable(std::uint32_t number, bool position, bool size);
     std::vector<std::uint32_t> stackingOrder() const;
-    std::vector<Write> writes() const;
-    std::vector<AttributeWrite> attributeWrites() const;
+    std::vector<Write> writes() const {
+        return withTable([](WindowTable& t) { return t.writes; });
+    }
+    std::vector<AttributeWrite> attributeWrites() const {
+        return withTable([](WindowTable& t) { return t.attributeWrites; });
+    }
     void clearWrites();
     bool windowServerAvailable = true;
     std::set<std::int32_t> unlistablePids;  // processes whose windows cannot be listed
@@ -135,17 +153,26 @@ class FakeDesktop final : public InputService,
     bool tapCreationFails = false;
     std::size_t tapsCreated = 0;
     bool hasEventTap() const { return liveTap() != nullptr; }
-    bool isEventTapEnabled() const;
-    bool isPointerMotionWanted() const;
-    void pressModifiers(std::uint64_t flags);
+    bool isEventTapEnabled() const { return liveTap() && liveTap()->enabled; }
+    bool isPointerMotionWanted() const { return liveTap() && liveTap()->motionWanted; }
+    void pressModifiers(std::uint64_t flags) {
+        flags_ = flags;
+        deliverToTaps({InputEventType::flagsChanged, flags, pointer()}, false);
+    }
     void pressCancelKey();  // to the tap that captures it, else to the application
-    bool isCancelKeyCaptured() const;
+    bool isCancelKeyCaptured() const { return isEventTapEnabled() && liveTap()->cancelKeyCaptured; }
     int cancelKeysSeenByApplications = 0;
     void holdModifiersSilently(std::uint64_t flags) { flags_ = flags; }
-    void movePointer(Point p, std::optional<std::uint64_t> flags = std::nullopt);
-    void dragPointer(Point p, std::optional<std::uint64_t> flags = std::nullopt);
+    void movePointer(Point p, std::optional<std::uint64_t> flags = std::nullopt) {
+        deliverPointer(p, flags, InputEventType::mouseMoved);
+    }
+    void dragPointer(Point p, std::optional<std::uint64_t> flags = std::nullopt) {
+        deliverPointer(p, flags, InputEventType::leftMouseDragged);
+    }
     void interruptEventTap();
-    void disableEventTapSilently();
+    void disableEventTapSilently() {
+        std::ranges::for_each(taps_, [](Tap* t) { t->enabled = false; });
+    }
     std::size_t pointerMonitorCount() const { return monitors_.size(); }
     // Sampling the pointer from any thread, unless a test offers it, is unavailable.
     std::atomic<bool> pointerSamplingOffered{false};
@@ -174,10 +201,18 @@ class FakeDesktop final : public InputService,
         std::int32_t pid) override;
     std::optional<bool> applicationAttribute(std::int32_t pid, std::string_view name) override;
     bool setApplicationAttribute(std::int32_t pid, std::string_view name, bool value) override;
-    std::vector<RunningApplication> runningApplications() override;
-    std::optional<std::string> identifierOfProcess(std::int32_t pid) override;
+    std::vector<RunningApplication> runningApplications() override {
+        const auto running = std::views::values(applications_);
+        return {running.begin(), running.end()};
+    }
+    std::optional<std::string> identifierOfProcess(std::int32_t pid) override {
+        return applications_.contains(pid) ? applications_.at(pid).identifier : std::nullopt;
+    }
     std::optional<ApplicationIcon> iconOfInstalledApplication(
-        const std::string& identifier) override;
+        const std::string& identifier) override {
+        return installed_.contains(identifier) ? std::optional(installed_.at(identifier))
+                                               : std::nullopt;
+    }
     bool activate(std::int32_t pid) override {
         activatedPids.push_back(pid);
         return true;
@@ -195,9 +230,13 @@ class FakeDesktop final : public InputService,
     }
     void showWhereToGrant() override { ++whereToGrantShown; }
     std::unique_ptr<Timer> scheduleRepeating(std::chrono::milliseconds period,
-                                             std::function<void()> handler) override;
+                                             std::function<void()> handler) override {
+        return timeline_.schedule(timeline_.now() + period, period, std::move(handler));
+    }
     std::unique_ptr<Timer> scheduleOnce(std::chrono::milliseconds delay,
-                                        std::function<void()> handler) override;
+                                        std::function<void()> handler) override {
+        return timeline_.schedule(timeline_.now() + delay, {}, std::move(handler));
+    }
     std::unique_ptr<SerialQueue> createSerialQueue(const char* label) override;
 
     struct Tap {
@@ -206,11 +245,43 @@ class FakeDesktop final : public InputService,
         bool motionWanted = false;
         bool cancelKeyCaptured = false;
     };
-    struct WindowTable;
+    // Shared with the handles, which may outlive the desktop and run on a background thread.
+    struct WindowTable {
+        struct Entry {
+            std::uint32_t number = 0;
+            Window window;
+            bool positionReadable = true;
+            bool sizeReadable = true;
+        };
+
+        mutable std::mutex mutex;
+        std::vector<Entry> windows;  // front to back
+        std::uint32_t nextNumber = 100;
+        std::map<std::int32_t, std::map<std::string, bool, std::less<>>> attributes;
+        std::vector<Write> writes;
+        std::vector<AttributeWrite> attributeWrites;
+        std::uint64_t nextSequence = 1;
+        Rect maximizedFrame;  // the primary display's usable area
+        bool defersStateChanges = false;
+        std::vector<std::pair<std::uint32_t, WindowState>> pendingStates;
+
+        Entry* find(std::uint32_t number) {
+            auto it = std::ranges::find(windows, number, &Entry::number);
+            return it == windows.end() ? nullptr : &*it;
+        }
+        void record(std::uint32_t number, Write::Kind kind, Point point = {}, Size size = {}) {
+            writes.push_back({number, kind, point, size, nextSequence++});
+        }
+        // Each axis maximized keeps its frame to come back to when let go.
+        void applyState(Entry& entry, WindowState wanted);
+    };
 
   private:
-    Tap* liveTap() const;
-    Point pointer() const;
+    Tap* liveTap() const { return taps_.empty() ? nullptr : taps_.back(); }
+    Point pointer() const {
+        std::lock_guard lock(pointerMutex_);
+        return pointer_;
+    }
     void deliverPointer(Point p, std::optional<std::uint64_t> flags, InputEventType type);
     void deliverToTaps(const InputEvent& event, bool isMotion);
 

@@ -1,4 +1,4 @@
-#include "fake/FakeWindowTable.h"
+#include "fake/FakeDesktop.h"
 
 #include <algorithm>
 
@@ -31,6 +31,7 @@ namespace {
 using Table = FakeDesktop::WindowTable;
 using Kind = FakeDesktop::Write::Kind;
 
+// Fails softly once its window is gone, like one to a vanished X window.
 class FakeWindowHandle final : public WindowHandle {
   public:
     FakeWindowHandle(std::weak_ptr<Table> table, std::uint32_t number, bool numberKnown)
@@ -130,10 +131,20 @@ class FakeWindowHandle final : public WindowHandle {
 
 }  // namespace
 
-std::shared_ptr<WindowHandle> FakeDesktop::WindowTable::handleTo(std::weak_ptr<WindowTable> table,
-                                                                 const Entry& entry) {
-    return std::make_shared<FakeWindowHandle>(std::move(table), entry.number,
-                                              entry.window.numberKnown);
+std::optional<std::vector<std::shared_ptr<WindowHandle>>> FakeDesktop::windowsOfProcess(
+    std::int32_t pid) {
+    if (unlistablePids.contains(pid)) {
+        return std::nullopt;
+    }
+    std::lock_guard lock(table_->mutex);
+    std::vector<std::shared_ptr<WindowHandle>> handles;
+    for (const auto& entry : table_->windows) {
+        if (entry.window.pid == pid && entry.window.hasHandle) {
+            handles.push_back(
+                std::make_shared<FakeWindowHandle>(table_, entry.number, entry.window.numberKnown));
+        }
+    }
+    return handles;
 }
 
 }  // namespace gf::test

@@ -1,10 +1,6 @@
 #include "app/LoginItem.h"
 
-#include <gtest/gtest.h>
-
-#include <QCoreApplication>
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 
 #include "TestHelpers.h"
@@ -40,10 +36,10 @@ TEST_F(LoginItemTest, WritesAnAutostartEntryForThisProgramAndRemovesIt) {
 
     // A directory where the entry should be: both failures are printed on standard output only.
     ASSERT_TRUE(QDir().mkpath(entryPath() + "/blocker"));
-    const std::string output = stdoutOf([] {
-        setLaunchAtLogin(true);
-        setLaunchAtLogin(false);
-    });
+    testing::internal::CaptureStdout();
+    setLaunchAtLogin(true);
+    setLaunchAtLogin(false);
+    const std::string output = testing::internal::GetCapturedStdout();
     EXPECT_EQ(output.find("Failed to enable login item: "), 0u) << output;
     EXPECT_NE(output.find("\nFailed to disable login item: "), std::string::npos) << output;
     EXPECT_EQ(lineCount(output), 2) << output;

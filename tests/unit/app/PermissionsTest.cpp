@@ -1,7 +1,5 @@
 #include "app/Permissions.h"
 
-#include <gtest/gtest.h>
-
 #include <QTemporaryDir>
 #include <fstream>
 #include <vector>
@@ -66,7 +64,7 @@ TEST_F(PermissionsTest,
         const char* never;
     };
     const Case cases[] = {
-        {{true, true}, "wayland", "choose an X11 (Xorg) session", "XInput"},
+        {{true, true}, "wayland", "log out and choose an X11 (Xorg) session", "XInput"},
         {{true, false}, "x11", "does not offer XInput 2.1", "log out"},
         {{false, true}, "x11", "does not offer the XKEYBOARD extension", "log out"},
         {{false, false}, "x11", "neither XKEYBOARD nor XInput 2.1", "session"},

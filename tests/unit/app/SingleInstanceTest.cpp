@@ -1,6 +1,5 @@
 #include "app/SingleInstance.h"
 
-#include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>

@@ -1,7 +1,5 @@
 #include "app/TerminationSignals.h"
 
-#include <gtest/gtest.h>
-
 #include <QSignalSpy>
 #include <csignal>
 

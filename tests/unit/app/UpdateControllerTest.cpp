@@ -1,16 +1,63 @@
 #include "app/UpdateController.h"
 
-#include <gtest/gtest.h>
-
 #include <QAbstractButton>
 #include <QSignalSpy>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <memory>
 
-#include "LocalHttpServer.h"
 #include "TestHelpers.h"
 #include "UrlRecorder.h"
+#include "app/VersionComparison.h"
 
 namespace gf::test {
 namespace {
+
+// Answers every request on 127.0.0.1 with the status and body it was given, then hangs up.
+class LocalHttpServer {
+  public:
+    LocalHttpServer() {
+        server_->listen(QHostAddress::LocalHost, 0);
+        QObject::connect(server_.get(), &QTcpServer::newConnection, server_.get(),
+                         [this] { answer(); });
+    }
+
+    void respond(int status, QByteArray body) {
+        status_ = status;
+        body_ = std::move(body);
+    }
+    QUrl url() const {
+        return QUrl(QStringLiteral("http://127.0.0.1:%1/appcast.xml").arg(server_->serverPort()));
+    }
+    int requestCount() const { return requests_; }
+    void shutDown() { server_->close(); }  // later requests find nobody at the port
+
+  private:
+    void answer() {
+        while (QTcpSocket* socket = server_->nextPendingConnection()) {
+            QObject::connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+            QObject::connect(socket, &QTcpSocket::readyRead, socket, [this, socket] {
+                // The request is small and arrives whole; its end is the blank line.
+                if (!socket->peek(64 * 1024).contains("\r\n\r\n")) {
+                    return;
+                }
+                socket->readAll();
+                ++requests_;
+                const QByteArray reason = status_ == 200 ? "OK" : "Error";
+                socket->write("HTTP/1.1 " + QByteArray::number(status_) + " " + reason + "\r\n" +
+                              "Content-Type: application/rss+xml\r\n" +
+                              "Content-Length: " + QByteArray::number(body_.size()) + "\r\n" +
+                              "Connection: close\r\n\r\n" + body_);
+                socket->disconnectFromHost();
+            });
+        }
+    }
+
+    std::unique_ptr<QTcpServer> server_ = std::make_unique<QTcpServer>();
+    int status_ = 200;
+    QByteArray body_;
+    int requests_ = 0;
+};
 
 QByteArray feedWith(const QByteArray& items) {
     return "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
@@ -156,6 +203,38 @@ TEST_F(UpdateControllerTest,
     EXPECT_TRUE(unfed.resultDialog()->text().contains("from where it was installed"));
     EXPECT_TRUE(unfed.resultDialog()->informativeText().contains("package manager"));
     EXPECT_EQ(server.requestCount(), 0);
+}
+
+struct Ordered {
+    const char* lower;
+    const char* higher;
+};
+
+class VersionOrderTest : public ::testing::TestWithParam<Ordered> {};
+
+TEST_P(VersionOrderTest, LowerComesBeforeHigherBothWays) {
+    const Ordered pair = GetParam();
+    EXPECT_LT(compareVersions(pair.lower, pair.higher), 0) << pair.lower << " < " << pair.higher;
+    EXPECT_GT(compareVersions(pair.higher, pair.lower), 0) << pair.higher << " > " << pair.lower;
+}
+
+INSTANTIATE_TEST_SUITE_P(VersionComparison, VersionOrderTest,
+                         ::testing::Values(
+                             // Components compare as numbers, not as text.
+                             Ordered{"1.9", "1.10"}, Ordered{"0.1.0", "0.2.0"}, Ordered{"2", "10"},
+                             Ordered{"1.0", "1.0.1"},
+                             Ordered{"99999999999999999998", "99999999999999999999"},
+                             // A pre-release comes before its release and before anything later.
+                             Ordered{"1.0beta", "1.0"}, Ordered{"1.0-rc1", "1.0"},
+                             Ordered{"1.0.0-alpha", "1.0.0"}, Ordered{"1.0b2", "1.0b10"},
+                             Ordered{"1.0alpha", "1.0beta"}, Ordered{"1.0beta9", "1.0rc1"},
+                             Ordered{"1.0rc1", "1.0.1"}, Ordered{"1.0", "1.1beta"}));
+
+TEST(VersionComparisonTest, EqualVersionsCompareEqual) {
+    EXPECT_EQ(compareVersions("1.0", "1.0.0"), 0);
+    EXPECT_EQ(compareVersions("1.02", "1.2"), 0);
+    EXPECT_EQ(compareVersions("1.0RC1", "1.0rc1"), 0);
+    EXPECT_EQ(compareVersions("", ""), 0);
 }
 
 }  // namespace

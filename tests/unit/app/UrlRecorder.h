@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDesktopServices>
 #include <QList>
 #include <QObject>
 #include <QStringList>
@@ -12,13 +13,21 @@ class UrlRecorder : public QObject {
     Q_OBJECT
 
   public:
-    explicit UrlRecorder(QStringList schemes);
-    ~UrlRecorder() override;
+    explicit UrlRecorder(QStringList schemes) : schemes_(std::move(schemes)) {
+        for (const QString& scheme : schemes_) {
+            QDesktopServices::setUrlHandler(scheme, this, "open");
+        }
+    }
+    ~UrlRecorder() override {
+        for (const QString& scheme : schemes_) {
+            QDesktopServices::unsetUrlHandler(scheme);
+        }
+    }
 
     const QList<QUrl>& urls() const { return urls_; }
 
   public slots:
-    void open(const QUrl& url);
+    void open(const QUrl& url) { urls_.append(url); }
 
   private:
     QStringList schemes_;

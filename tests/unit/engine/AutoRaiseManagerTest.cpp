@@ -1,16 +1,9 @@
 #include "engine/AutoRaiseManager.h"
 
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <vector>
-
 #include "EngineTest.h"
 
 namespace gf::test {
 namespace {
-
-using namespace std::chrono_literals;
 
 constexpr std::int32_t kPidA = 1001;
 constexpr std::int32_t kPidB = 1002;
@@ -25,25 +18,13 @@ class AutoRaiseManagerTest : public EngineTest {
         settings.setAutoRaiseDelay(0.25);
         manager.start();
     }
-    ~AutoRaiseManagerTest() override { manager.stop(); }
-
-    void restAt(Point p, std::chrono::milliseconds d) {
-        desktop.movePointer(p);
-        desktop.advance(d);
-    }
-    void restAt(Point p, std::uint64_t flags, std::chrono::milliseconds d) {
-        desktop.movePointer(p, flags);
-        desktop.advance(d);
-    }
 
     std::vector<std::uint32_t> raised() const {
-        std::vector<std::uint32_t> numbers;
-        for (const FakeDesktop::Write& w : desktop.writes()) {
-            if (w.kind == FakeDesktop::Write::Kind::raise) {
-                numbers.push_back(w.window);
-            }
-        }
-        return numbers;
+        auto raises = desktop.writes() | std::views::filter([](const auto& w) {
+                          return w.kind == FakeDesktop::Write::Kind::raise;
+                      }) |
+                      std::views::transform(&FakeDesktop::Write::window);
+        return {raises.begin(), raises.end()};
     }
 
     std::uint32_t windowA =
@@ -119,23 +100,23 @@ TEST_F(AutoRaiseManagerTest, RaisesAWindowAgainAfterThePointerWasElsewhereUntilS
 TEST_F(AutoRaiseManagerTest, AKeyConditionCancelsWithoutForgettingTheTarget) {
     settings.setAutoRaiseModifiers({ModifierKey::control()});
 
-    restAt(kOverA, 0, 1s);
+    restAt(kOverA, 1s, 0);
     EXPECT_EQ(raised(), Raised{});
     EXPECT_EQ(manager.lastWindowID(), 0u);
 
-    restAt(kOverA, ModifierFlag::control, 100ms);
-    restAt({160, 160}, 0, 1s);  // control let go: the pending raise goes
+    restAt(kOverA, 100ms, ModifierFlag::control);
+    restAt({160, 160}, 1s, 0);  // control let go: the pending raise goes
     EXPECT_EQ(raised(), Raised{});
     EXPECT_EQ(manager.lastWindowID(), windowA);
 
     // Still the last target, so pressing control again over it raises nothing.
-    restAt({170, 170}, ModifierFlag::control, 1s);
+    restAt({170, 170}, 1s, ModifierFlag::control);
     EXPECT_EQ(raised(), Raised{});
 
     // Extra keys do not spoil the condition.
     const std::uint64_t controlShift = ModifierFlag::control | ModifierFlag::shift;
-    restAt(kOverB, controlShift, 300ms);
-    restAt(kOverA, controlShift, 300ms);
+    restAt(kOverB, 300ms, controlShift);
+    restAt(kOverA, 300ms, controlShift);
     EXPECT_EQ(raised(), (Raised{windowB, windowA}));
 }
 

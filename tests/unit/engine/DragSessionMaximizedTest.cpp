@@ -1,12 +1,8 @@
 // Windows maximized on one axis or both: a gesture first asks the window manager to restore them.
-#include <algorithm>
-
 #include "DragSessionTest.h"
 
 namespace gf::test {
 namespace {
-
-using namespace std::chrono_literals;
 
 // The fake window manager maximizes to the usable area (0, 25, 1440, 875).
 class MaximizedDragSessionTest : public DragSessionTest {

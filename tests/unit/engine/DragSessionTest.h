@@ -1,11 +1,5 @@
 #pragma once
 
-#include <algorithm>
-#include <chrono>
-#include <iterator>
-#include <memory>
-#include <vector>
-
 #include "EngineTest.h"
 #include "engine/DragSession.h"
 #include "engine/WindowLocation.h"
@@ -18,9 +12,8 @@ class DragSessionTest : public EngineTest {
     using Kind = FakeDesktop::Write::Kind;
 
     static std::vector<Kind> kindsOf(const std::vector<FakeDesktop::Write>& writes) {
-        std::vector<Kind> kinds;
-        std::ranges::transform(writes, std::back_inserter(kinds), &FakeDesktop::Write::kind);
-        return kinds;
+        const auto kinds = writes | std::views::transform(&FakeDesktop::Write::kind);
+        return {kinds.begin(), kinds.end()};
     }
 
     DragSessionTest() {

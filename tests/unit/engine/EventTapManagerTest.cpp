@@ -1,15 +1,11 @@
 #include "engine/EventTapManager.h"
 
-#include <gtest/gtest.h>
-
 #include "EngineTest.h"
 #include "TestHelpers.h"
 #include "model/DebugLog.h"
 
 namespace gf::test {
 namespace {
-
-using namespace std::chrono_literals;
 
 constexpr std::uint64_t kMove = ModifierFlag::control | ModifierFlag::command;
 constexpr std::uint64_t kResize = ModifierFlag::control | ModifierFlag::option;
@@ -23,22 +19,14 @@ class EventTapManagerTest : public EngineTest {
         setDebugLogPath(dir.filePath("glimmerfold.log").toStdString());
         settings.setMagneticsEnabled(false);  // snapping would blur where the pointer put it
     }
-    ~EventTapManagerTest() override { manager.stop(); }
-
-    void restAt(Point p, std::chrono::milliseconds d) {
-        desktop.movePointer(p);
-        desktop.advance(d);
-    }
 
     int logCount(const char* line) const {
         return static_cast<int>(fileContents(dir.filePath("glimmerfold.log")).count(line));
     }
 
     Gesture gesture() const {
-        if (manager.dragSession().isDragging()) {
-            return Gesture::move;
-        }
-        return manager.dragSession().isResizing() ? Gesture::resize : Gesture::none;
+        const DragSession& s = manager.dragSession();
+        return s.isDragging() ? Gesture::move : s.isResizing() ? Gesture::resize : Gesture::none;
     }
 
     EventTapManager manager{settings, platform};
@@ -104,50 +92,38 @@ TEST_F(EventTapManagerTest, SwitchedOffStartsNothingButKeepsTheTapEnabled) {
     EXPECT_TRUE(desktop.writes().empty());
 }
 
-struct FlagsCase {
-    const char* name;
-    ModifierKeySet move;
-    ModifierKeySet resize;
-    std::uint64_t flags;
-    Gesture expected;
-};
-
-class EventTapDecisionTest : public EventTapManagerTest,
-                             public ::testing::WithParamInterface<FlagsCase> {};
-
-TEST_P(EventTapDecisionTest, BeginsTheGestureTheHeldKeysName) {
-    const FlagsCase& c = GetParam();
-    settings.setMoveModifiers(c.move);
-    settings.setResizeModifiers(c.resize);
+TEST_F(EventTapManagerTest, BeginsTheGestureTheHeldKeysName) {
+    const ModifierKeySet move{ModifierKey::control(), ModifierKey::command()};
+    const ModifierKeySet resize{ModifierKey::control(), ModifierKey::option()};
+    const struct {
+        const char* name;
+        ModifierKeySet move;
+        ModifierKeySet resize;
+        std::uint64_t flags;
+        Gesture expected;
+    } cases[] = {
+        {"move", move, resize, kMove, Gesture::move},
+        {"move plus shift", move, resize, kMove | ModifierFlag::shift, Gesture::move},
+        {"resize", move, resize, kResize, Gesture::resize},
+        {"both held: resize wins", move, resize, kMove | kResize, Gesture::resize},
+        {"part of a combination", move, resize, ModifierFlag::control, Gesture::none},
+        {"no keys", move, resize, 0, Gesture::none},
+        {"empty move set never held", {}, resize, ModifierFlag::control, Gesture::none},
+        {"empty move set, resize still works", {}, resize, kResize, Gesture::resize},
+        {"both sets empty", {}, {}, kMove | kResize, Gesture::none},
+    };
     manager.start();
     desktop.movePointer({200, 200});
-
-    desktop.pressModifiers(c.flags);
-
-    EXPECT_EQ(gesture(), c.expected);
-    EXPECT_EQ(desktop.isPointerMotionWanted(), c.expected != Gesture::none);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        settings.setMoveModifiers(c.move);
+        settings.setResizeModifiers(c.resize);
+        desktop.pressModifiers(c.flags);
+        EXPECT_EQ(gesture(), c.expected);
+        EXPECT_EQ(desktop.isPointerMotionWanted(), c.expected != Gesture::none);
+        desktop.pressModifiers(0);
+    }
 }
-
-const ModifierKeySet kMoveSet{ModifierKey::control(), ModifierKey::command()};
-const ModifierKeySet kResizeSet{ModifierKey::control(), ModifierKey::option()};
-const ModifierKeySet kFnShiftSet{ModifierKey::fn(), ModifierKey::shift()};
-
-INSTANTIATE_TEST_SUITE_P(
-    Table, EventTapDecisionTest,
-    ::testing::Values(
-        FlagsCase{"Move", kMoveSet, kResizeSet, kMove, Gesture::move},
-        FlagsCase{"MovePlusShift", kMoveSet, kResizeSet, kMove | ModifierFlag::shift,
-                  Gesture::move},
-        FlagsCase{"Resize", kMoveSet, kResizeSet, kResize, Gesture::resize},
-        FlagsCase{"BothHeldResizeWins", kMoveSet, kResizeSet, kMove | kResize, Gesture::resize},
-        FlagsCase{"PartOfACombination", kMoveSet, kResizeSet, ModifierFlag::control, Gesture::none},
-        FlagsCase{"NoKeys", kMoveSet, kResizeSet, 0, Gesture::none},
-        FlagsCase{"EmptyMoveSetNeverHeld", {}, kResizeSet, ModifierFlag::control, Gesture::none},
-        FlagsCase{"EmptyMoveSetResizeStillWorks", {}, kResizeSet, kResize, Gesture::resize},
-        FlagsCase{"BothSetsEmpty", {}, {}, kMove | kResize, Gesture::none},
-        FlagsCase{"FnCombination", kFnShiftSet, kResizeSet, ModifierFlag::fn | ModifierFlag::shift,
-                  Gesture::move}),
-    [](const ::testing::TestParamInfo<FlagsCase>& info) { return std::string(info.param.name); });
 
 TEST_F(EventTapManagerTest, AGestureKeepsItsKindWhileEitherCombinationIsHeld) {
     manager.start();

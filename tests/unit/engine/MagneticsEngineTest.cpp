@@ -20,7 +20,6 @@ TEST_F(MagneticsEngineTest, LinesComeDisplaysFirstThenUsableAreasThenOtherWindow
     // The 1440 x 900 display, its area below a 25-point panel, other processes' windows in front.
     EXPECT_EQ(all.verticalEdges, (Lines{0, 1440, 0, 1440, 600, 700, 100, 500}));
     EXPECT_EQ(all.horizontalEdges, (Lines{0, 900, 25, 900, 50, 100, 100, 400}));
-    EXPECT_EQ(all.threshold, 10);
 
     settings.setSnapToScreenEdges(false);
     settings.setSnapToWindowEdges(false);

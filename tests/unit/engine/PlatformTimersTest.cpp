@@ -1,5 +1,4 @@
 // Real timers on real time: the tests wait on what they expect (bounded), never for a fixed time.
-#include <gtest/gtest.h>
 
 #include <atomic>
 #include <future>

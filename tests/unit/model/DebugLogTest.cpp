@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iomanip>
+#include <iterator>
 #include <regex>
 #include <sstream>
 
@@ -19,9 +20,8 @@ namespace {
 namespace fs = std::filesystem;
 
 std::string readFile(const fs::path& file) {
-    std::ostringstream contents;
-    contents << std::ifstream(file, std::ios::binary).rdbuf();
-    return contents.str();
+    std::ifstream in(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
 }
 
 class DebugLogTest : public ::testing::Test {

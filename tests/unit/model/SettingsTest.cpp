@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 
 #include <QDir>
 #include <QMetaProperty>
@@ -15,7 +14,6 @@ namespace {
 
 const ModifierKey& shift = ModifierKey::shift();
 const ModifierKey& control = ModifierKey::control();
-const ModifierKey& option = ModifierKey::option();
 const ModifierKey& command = ModifierKey::command();
 using Entries = std::vector<IgnoreListEntry>;
 
@@ -56,9 +54,7 @@ QVariant differentValue(const QVariant& current) {
         return current.toDouble() - 3.25;
     }
     if (current.canConvert<ModifierKeySet>()) {
-        return QVariant::fromValue(current.value<ModifierKeySet>() == ModifierKeySet{shift}
-                                       ? ModifierKeySet{}
-                                       : ModifierKeySet{shift});
+        return QVariant::fromValue(ModifierKeySet{shift});  // no set's default
     }
     return QVariant::fromValue(Entries{{"XTerm", "xterm"}, {"XTerm", "UXTerm"}});
 }
@@ -147,7 +143,7 @@ TEST_F(SettingsTest, UnreadableSetsAndListsFallBackAloneAndAnEmptySetStaysEmpty)
     std::unique_ptr<Settings> other;
     stderrOf([&] { other = reopenFromDisk(); });
     EXPECT_EQ(other->moveModifiers(), ModifierKeySet{});
-    EXPECT_EQ(other->resizeModifiers(), (ModifierKeySet{control, option}));
+    EXPECT_EQ(other->resizeModifiers(), (ModifierKeySet{control, ModifierKey::option()}));
     EXPECT_EQ(other->autoRaiseModifiers(), ModifierKeySet{shift});
     EXPECT_TRUE(other->ignoreList().empty());
 }
@@ -252,7 +248,7 @@ TEST_F(SettingsTest, AnEarlierSetAsideFileIsNotOverwritten) {
     EXPECT_EQ(fileContents(path() + ".unreadable.1"), "[General\nsecond\n");
 }
 
-TEST_F(SettingsTest, AStoreThatCannotBeWrittenReportsOnceAndKeepsWorking) {
+TEST_F(SettingsTest, AStoreThatCannotBeUsedReportsOnceKeepsWorkingAndCatchesUpOnceItRecovers) {
     QDir().mkpath(path());  // the file's name is taken by a folder
     std::unique_ptr<Settings> read;
     const std::string readReport = stderrOf([&] { read = std::make_unique<Settings>(path()); });
@@ -261,25 +257,17 @@ TEST_F(SettingsTest, AStoreThatCannotBeWrittenReportsOnceAndKeepsWorking) {
 
     QSignalSpy spy(&settings, &Settings::snapThresholdChanged);
     const std::string writeReport = stderrOf([&] {
-        settings.setSnapThreshold(20.0);
+        settings.setAutoRaiseDelay(2.0);
         settings.setSnapThreshold(30.0);
     });
     EXPECT_EQ(lineCount(writeReport), 1) << writeReport;
     EXPECT_NE(writeReport.find("cannot write settings file"), std::string::npos) << writeReport;
     EXPECT_EQ(settings.snapThreshold(), 30.0);
-    EXPECT_EQ(spy.count(), 2);
-}
+    EXPECT_EQ(spy.count(), 1);
 
-TEST_F(SettingsTest, ValuesThatFailedToSaveAreWrittenOnceTheStoreRecovers) {
-    const QString blocker = dir_.filePath("glimmerfold");
-    QFile(blocker).open(QIODevice::WriteOnly);  // a file where the folder should be
-    Settings settings(path());
-    EXPECT_NE(stderrOf([&] { settings.setAutoRaiseDelay(2.0); }).find("cannot write"),
-              std::string::npos);
-
-    QFile::remove(blocker);
+    QDir(path()).removeRecursively();
     settings.setShowInDock(true);
-    EXPECT_EQ(fileText(), "[General]\nautoRaiseDelay=2\nshowInDock=true\n");
+    EXPECT_EQ(fileText(), "[General]\nautoRaiseDelay=2\nshowInDock=true\nsnapThreshold=30\n");
 }
 
 TEST(SettingsPathTest, FollowsXdgConfigHomeAndFallsBackToDotConfig) {

@@ -51,11 +51,8 @@ TEST_F(GeneralSettingsViewTest,
     EXPECT_FALSE(view.delaySlider().isEnabled());
 
     view.resizePicker().checkBox(ModifierKey::shift()).click();
-    EXPECT_EQ(
-        settings().resizeModifiers(),
-        (ModifierKeySet{ModifierKey::control(), ModifierKey::option(), ModifierKey::shift()}));
-    EXPECT_EQ(settings().moveModifiers(),
-              (ModifierKeySet{ModifierKey::control(), ModifierKey::command()}));
+    EXPECT_TRUE(settings().resizeModifiers().contains(ModifierKey::shift()));
+    EXPECT_FALSE(settings().moveModifiers().contains(ModifierKey::shift()));
     view.bringToFrontToggle().click();
     EXPECT_FALSE(settings().bringToFrontOnManipulate());
     view.bottomRightToggle().click();

@@ -23,8 +23,7 @@ TEST_F(ModifierKeyPickerTest,
     ModifierKeyPicker picker(QString(), settings(), property::moveModifiers);
     picker.show();
     QList<QCheckBox*> boxes = picker.findChildren<QCheckBox*>();
-    std::sort(boxes.begin(), boxes.end(),
-              [](const QCheckBox* a, const QCheckBox* b) { return a->x() < b->x(); });
+    std::ranges::sort(boxes, {}, &QWidget::x);
     ASSERT_EQ(boxes.size(), 4);
     const QStringList names{"Shift", "Ctrl", "Alt", "Super"};
     for (qsizetype i = 0; i < boxes.size(); ++i) {

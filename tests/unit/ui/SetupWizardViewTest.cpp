@@ -121,8 +121,6 @@ TEST_F(SetupWizardViewTest, WhereGrantsCannotBeHadThePageSaysWhyAndWhatToDo) {
     PermissionsStepContent page({}, wayland, desktop());
     page.show();
     const QString reason = QString::fromStdString(wayland.whyUnavailable());
-    EXPECT_TRUE(reason.contains("log out and choose an X11 (Xorg) session"))
-        << reason.toStdString();
     ASSERT_FALSE(page.explanations().empty());
     EXPECT_EQ(page.explanations().back()->text(), reason);
     EXPECT_TRUE(page.explanations().back()->isVisible());

@@ -43,10 +43,8 @@ TEST_F(StatusBarMenuTest, GrantLinesFollowTheGrantsAtEachOpeningAndEveryItemWork
     ASSERT_NE(appState().setupWizardWindow(), nullptr);
     EXPECT_TRUE(appState().setupWizardWindow()->isVisible());
     menu.settingsItem().trigger();
-    QWidget* window = appState().settingsWindow();
-    ASSERT_NE(window, nullptr);
-    menu.settingsItem().trigger();
-    EXPECT_EQ(appState().settingsWindow(), window);
+    ASSERT_NE(appState().settingsWindow(), nullptr);
+    EXPECT_TRUE(appState().settingsWindow()->isVisible());
 
     QAction& running = menu.runningItem();
     EXPECT_TRUE(running.isChecked());

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <QAbstractButton>
 #include <QApplication>
 #include <QTemporaryDir>
@@ -18,17 +16,14 @@ namespace gf::test {
 // Views on a fake desktop; a private XDG_CONFIG_HOME keeps login-item changes inside the test.
 class UiTest : public ::testing::Test {
   protected:
-    UiTest() : settings_(std::make_unique<Settings>(settingsPath())) {}
-    ~UiTest() override { appState_.reset(); }
-
     QString settingsPath() const { return dir_.filePath(QStringLiteral("glimmerfold.conf")); }
 
-    Settings& settings() { return *settings_; }
+    Settings& settings() { return settings_; }
     FakeDesktop& desktop() { return desktop_; }
 
     AppState& appState() {
         if (appState_ == nullptr) {
-            appState_ = std::make_unique<AppState>(*settings_, platform_, ui_);
+            appState_ = std::make_unique<AppState>(settings_, platform_, ui_);
         }
         return *appState_;
     }
@@ -42,11 +37,11 @@ class UiTest : public ::testing::Test {
   private:
     QTemporaryDir dir_;
     ScopedEnvironment configHome_{"XDG_CONFIG_HOME", dir_.filePath("config").toLocal8Bit()};
-    std::unique_ptr<Settings> settings_;
+    Settings settings_{settingsPath()};
     FakeDesktop desktop_;
     Platform platform_ = desktop_.platform();
     WidgetUiFactory ui_;
-    std::unique_ptr<AppState> appState_;
+    std::unique_ptr<AppState> appState_;  // goes first, as it works with everything above
 };
 
 }  // namespace gf::test
