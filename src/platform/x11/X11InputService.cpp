@@ -208,6 +208,7 @@ void X11InputService::updateSelections(bool force) {
     if (hasKeyboardExtension_ && (force || keyboardWanted != keyboardSelected_)) {
         selectKeyboardEvents(keyboardWanted);
         keyboardSelected_ = keyboardWanted;
+        deliveredKeyFlags_.reset();  // changes made while nobody listened went unreported
         changed = true;
     }
     if (hasInputExtension_ &&
@@ -332,6 +333,11 @@ void X11InputService::deliverPendingMotion() {
         return;
     }
     const std::uint64_t flags = flagsFromModifierState(pointer->mask);
+    // Keys already changed on the server since the last change delivered: the pointer may have
+    // moved on after that change too, and a gesture the change is about to end must not get there.
+    if (deliveredKeyFlags_ && flags != *deliveredKeyFlags_) {
+        return;
+    }
     const InputEventType type = (pointer->mask & XCB_BUTTON_MASK_1) != 0
                                     ? InputEventType::leftMouseDragged
                                     : InputEventType::mouseMoved;
@@ -370,9 +376,10 @@ void X11InputService::deliverFlagsChanged(std::uint8_t modifiers) {
     const std::optional<PointerState> pointer = queryPointer();
     const DeliveringPointer delivering(*this,
                                        pointer ? std::optional(pointer->location) : std::nullopt);
-    deliverToTaps({InputEventType::flagsChanged, flagsFromModifierState(modifiers),
-                   pointer ? pointer->location : Point{}},
-                  false);
+    deliveredKeyFlags_ = flagsFromModifierState(modifiers);
+    deliverToTaps(
+        {InputEventType::flagsChanged, *deliveredKeyFlags_, pointer ? pointer->location : Point{}},
+        false);
     if (pointer) {
         // The buttons come from the pointer, the modifiers from the keyboard's own report.
         const auto buttons = static_cast<std::uint16_t>(pointer->mask & ~0xffu);

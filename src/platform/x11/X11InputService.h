@@ -123,6 +123,8 @@ class X11InputService final : public InputService, public X11EventListener {
     bool motionSelected_ = false;
     bool hierarchySelected_ = false;
     bool motionPending_ = false;
+    // The modifier flags of the last key change delivered, once there was one.
+    std::optional<std::uint64_t> deliveredKeyFlags_;
     X11CancelKeyGrab cancelKey_;
     X11CrossingWatch crossings_;
     std::unique_ptr<X11MotionFollower> motionFollower_;
