@@ -75,7 +75,13 @@ const InputEvent& EventTapManager::handleEvent(const InputEvent& event) {
         return event;
     }
     if (event.type == InputEventType::flagsChanged) {
+        if (settings_.isEnabled()) {
+            handleFlagsChanged(event);
+        }
+        // Noted only once the gesture these keys end is gone: keys held again later may read the
+        // same, and a tick must never take them for this gesture's and apply a later pointer.
         dragSession_->noteModifiers(event.flags);
+        return event;
     }
     // Captured for the gesture in progress, so it is answered even while switched off: the
     // key reached no one else.
@@ -92,9 +98,6 @@ const InputEvent& EventTapManager::handleEvent(const InputEvent& event) {
             if (isGestureInProgress()) {
                 dragSession_->setLatestMouse(event.location);
             }
-            break;
-        case InputEventType::flagsChanged:
-            handleFlagsChanged(event);
             break;
         default:
             break;
