@@ -73,8 +73,9 @@ class InputServiceTest : public X11PlatformTest {
                                                   XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC))) {
             return true;
         }
-        xcb_ungrab_key(c, escape, desktop().root(), XCB_MOD_MASK_ANY);
-        xcb_flush(c);
+        // Waited for: the backend's next grab must not meet this one still in place.
+        EXPECT_TRUE(
+            xcbSucceeded(c, xcb_ungrab_key_checked(c, escape, desktop().root(), XCB_MOD_MASK_ANY)));
         return false;
     }
 
