@@ -77,10 +77,9 @@ const InputEvent& EventTapManager::handleEvent(const InputEvent& event) {
     if (event.type == InputEventType::flagsChanged) {
         if (settings_.isEnabled()) {
             handleFlagsChanged(event);
+        } else {
+            dragSession_->noteModifiers(event.flags);
         }
-        // Noted only once the gesture these keys end is gone: keys held again later may read the
-        // same, and a tick must never take them for this gesture's and apply a later pointer.
-        dragSession_->noteModifiers(event.flags);
         return event;
     }
     // Captured for the gesture in progress, so it is answered even while switched off: the
@@ -110,6 +109,13 @@ void EventTapManager::handleFlagsChanged(const InputEvent& event) {
     const bool resizeHeld = isCombinationHeld(settings_.resizeModifiers(), event.flags);
     const bool anyHeld = moveHeld || resizeHeld;
 
+    // The gesture these keys end is gone before they are noted: keys held again for the next
+    // gesture may read the same, and a tick must never take them for the ended one's. A gesture
+    // they begin starts after, so that its first tick may already apply.
+    if (isGestureInProgress() && !anyHeld) {
+        endGesture();
+    }
+    dragSession_->noteModifiers(event.flags);
     if (gestureCancelled_) {
         if (!anyHeld) {
             gestureCancelled_ = false;
@@ -118,13 +124,7 @@ void EventTapManager::handleFlagsChanged(const InputEvent& event) {
         return;
     }
     // A gesture never changes kind: while one is running, either combination keeps it going.
-    if (isGestureInProgress()) {
-        if (!anyHeld) {
-            endGesture();
-        }
-        return;
-    }
-    if (anyHeld) {
+    if (!isGestureInProgress() && anyHeld) {
         beginGesture(resizeHeld);
     }
 }
